@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+namespace skavlo {
+
+// Nanoseconds of the monotonic clock that also stamps input events.
+using MachTime = std::uint64_t;
+
+inline constexpr MachTime kNanosecondsPerSecond = 1'000'000'000;
+
+class Clock {
+  public:
+    virtual ~Clock() = default;
+    [[nodiscard]] virtual MachTime mach_absolute_time() const = 0;
+};
+
+}  // namespace skavlo
