@@ -13,6 +13,9 @@ class Files {
     // Old or new contents, whole, whatever happens meanwhile.
     virtual bool writeAtomically(const std::string& path, const std::string& contents) = 0;
     [[nodiscard]] virtual bool fileExistsAtPath(const std::string& path) const = 0;
+    // Differs whenever the file's contents may differ; empty when there is no file.
+    [[nodiscard]] virtual std::string versionOf(const std::string& path) const = 0;
+    // Of the file itself, never of what a link names.
     virtual void chown(const std::string& path, unsigned uid, unsigned gid) = 0;
     virtual void unlink(const std::string& path) = 0;
 };

@@ -29,6 +29,13 @@ struct WindowTraits {
     bool shouldCreateContextAsSecure;
 };
 
+// Called on the main thread; an empty one is not called.
+struct FrameHandlers {
+    std::function<void()> ready;        // readyForFrame() has become true
+    std::function<void()> refresh;      // the display refreshes, after requestRefresh()
+    std::function<void()> invalidated;  // size or contents changed: the next frame has age 0
+};
+
 class Window {
   public:
     virtual ~Window() = default;
@@ -36,15 +43,15 @@ class Window {
     virtual void setHidden(bool hidden) = 0;
     virtual void makeKeyAndVisible() = 0;
 
-    // False while the last committed frame is still on its way to the display.
+    // False while the window server still reads the last committed frame.
     [[nodiscard]] virtual bool readyForFrame() const = 0;
     // Only while ready; a frame without pixels when the window server is gone.
     virtual Frame beginFrame() = 0;
     // Shows the frame; the rectangles do not overlap and cover all that changed.
     virtual void commitFrame(std::span<const PixelRect> damage) = 0;
-    // Called on the main thread when the window becomes ready again, and when its size or contents
-    // were lost and a whole frame (age 0) is wanted.
-    virtual void setFrameHandler(std::function<void()> handler) = 0;
+    // Asks for one `refresh` at the display's next refresh.
+    virtual void requestRefresh() = 0;
+    virtual void setFrameHandlers(FrameHandlers handlers) = 0;
 };
 
 class WindowServer {

@@ -1,0 +1,74 @@
+#include "app/linux_overlay_system.h"
+
+#include <csignal>
+#include <cstdio>
+#include <utility>
+
+#include "overlay/overlay_app_delegate.h"
+
+namespace skavlo {
+
+namespace {
+// The system the overlay was conceived for counts its versions; this platform behaves as its 17.
+constexpr int kMajorVersion = 17;
+}  // namespace
+
+LinuxOverlaySystem::LinuxOverlaySystem(SettingsDirectory directory,
+                                       const std::string& runDirectory,
+                                       const std::string& rasterProgram)
+    : directory_(std::move(directory)),
+      notifications_(runLoop_, runDirectory),
+      rasterizer_(runLoop_, rasterProgram),
+      signals_(runLoop_.context(), SIGTERM, SIGINT) {
+    std::signal(SIGPIPE, SIG_IGN);
+    signals_.async_wait([this](const asio::error_code& error, int /*signal*/) {
+        if (!error) end(0);
+    });
+}
+
+LinuxOverlaySystem::~LinuxOverlaySystem() { g_skv_overlayAppDelegate.reset(); }
+
+// Ends as the exit notification does: the file goes, so that the probe tells the truth.
+void LinuxOverlaySystem::end(int status) {
+    files_.unlink(directory_.pidFile());
+    exit(status);
+}
+
+bool LinuxOverlaySystem::UIScreen_initialize() {
+    auto server = X11WindowServer::connect(runLoop_);
+    if (!server) {
+        std::fprintf(stderr, "skavlo: %s\n", server.error().message.c_str());
+        return false;
+    }
+    windowServer_ = std::move(*server);
+    windowServer_->setLostHandler([this] { end(1); });
+    return true;
+}
+
+void LinuxOverlaySystem::setNewDelegate() {
+    g_skv_overlayAppDelegate = std::make_unique<OverlayAppDelegate>(
+        OverlayServices{runLoop_, clock_, files_, propertyLists_, notifications_,
+                        windowServer_->outputs(), captureState_, rasterizer_, directory_},
+        *windowServer_);
+}
+
+HidEventSystemClient* LinuxOverlaySystem::IOHIDEventSystemClientCreate() {
+    input_ = std::make_unique<InputSelector>(
+        runLoop_, [this] { return windowServer_->outputs().layout(); });
+    windowServer_->outputs().addChangeHandler([this] { input_->layoutChanged(); });
+    return input_.get();
+}
+
+std::optional<int> LinuxOverlaySystem::operatingSystemMajorVersion() const {
+    return kMajorVersion;
+}
+
+void LinuxOverlaySystem::completeAndRunAsPlugin() {
+    g_skv_overlayAppDelegate->applicationDidFinishLaunchingWithOptions();
+}
+
+int LinuxOverlaySystem::CFRunLoopRun() { return runLoop_.run(); }
+
+void LinuxOverlaySystem::exit(int status) { runLoop_.stop(status); }
+
+}  // namespace skavlo

@@ -1,0 +1,48 @@
+#include "overlay/frame_loop.h"
+
+namespace skavlo {
+
+FrameLoop::FrameLoop(RunLoop& runLoop, const Clock& clock, const Screen& screen)
+    : runLoop_(runLoop), clock_(clock), screen_(screen) {}
+
+void FrameLoop::attach(MarkerScene& scene, Window& window) {
+    scene_ = &scene;
+    window_ = &window;
+    window.setFrameHandlers({.ready = [this] { displayIfNeeded(); },
+                             .refresh = [this] { refresh(); },
+                             .invalidated = [this] { setNeedsDisplay(); }});
+    setNeedsDisplay();
+}
+
+void FrameLoop::setNeedsDisplay() {
+    needsDisplay_ = true;
+    if (displayPosted_) return;
+    displayPosted_ = true;
+    runLoop_.async([this] {
+        displayPosted_ = false;
+        displayIfNeeded();
+    });
+}
+
+void FrameLoop::displayIfNeeded() {
+    if (!needsDisplay_ || !window_ || !window_->readyForFrame()) return;
+    const Frame frame = window_->beginFrame();
+    if (!frame.pixels) return;
+    needsDisplay_ = false;
+    if (!refreshRequested_) animationTime_ = clock_.mach_absolute_time();
+    const auto damage = painter_.paint(*scene_, frame, screen_.scale(), animationTime_);
+    if (!damage.empty()) window_->commitFrame(damage);
+    if (!refreshRequested_ && scene_->animating(animationTime_)) {
+        refreshRequested_ = true;
+        window_->requestRefresh();
+    }
+}
+
+void FrameLoop::refresh() {
+    refreshRequested_ = false;
+    needsDisplay_ = true;
+    scene_->expire(clock_.mach_absolute_time());
+    displayIfNeeded();
+}
+
+}  // namespace skavlo

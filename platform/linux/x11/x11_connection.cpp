@@ -1,0 +1,100 @@
+#include "platform/linux/x11/x11_connection.h"
+
+#include <sys/socket.h>
+
+#include <cstring>
+#include <utility>
+
+namespace skavlo {
+
+Result<std::unique_ptr<X11Connection>> X11Connection::open(AsioRunLoop& runLoop) {
+    int screenNumber = 0;
+    xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
+    if (xcb_connection_has_error(connection) != 0) {
+        xcb_disconnect(connection);
+        return Error{"no X server can be reached"};
+    }
+    return std::unique_ptr<X11Connection>(new X11Connection(runLoop, connection, screenNumber));
+}
+
+X11Connection::X11Connection(AsioRunLoop& runLoop, xcb_connection_t* connection, int screenNumber)
+    : runLoop_(runLoop),
+      connection_(connection),
+      screenNumber_(screenNumber),
+      descriptor_(runLoop.context(), xcb_get_file_descriptor(connection)) {
+    findScreen();
+}
+
+X11Connection::~X11Connection() {
+    descriptor_.release();
+    xcb_disconnect(connection_);
+}
+
+void X11Connection::findScreen() {
+    constexpr std::uint8_t kDepthWithAlpha = 32;
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection_));
+    for (int i = 0; i < screenNumber_; ++i) xcb_screen_next(&screens);
+    screen_ = screens.data;
+    for (auto depths = xcb_screen_allowed_depths_iterator(screen_); depths.rem > 0;
+         xcb_depth_next(&depths)) {
+        if (depths.data->depth != kDepthWithAlpha) continue;
+        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
+             xcb_visualtype_next(&visuals)) {
+            const bool blueLowest = visuals.data->red_mask == 0xff0000;
+            if (visuals.data->_class == XCB_VISUAL_CLASS_TRUE_COLOR && blueLowest) {
+                alphaVisual_ = visuals.data->visual_id;
+                return;
+            }
+        }
+    }
+}
+
+const xcb_query_extension_reply_t* X11Connection::extension(xcb_extension_t& extension) const {
+    const auto* data = xcb_get_extension_data(connection_, &extension);
+    return data && data->present ? data : nullptr;
+}
+
+xcb_atom_t X11Connection::atom(const char* name) const {
+    const auto cookie =
+        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const XcbPtr<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(connection_, cookie, nullptr));
+    return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+bool X11Connection::isLocal() const {
+    sockaddr_storage address{};
+    socklen_t length = sizeof address;
+    return getsockname(xcb_get_file_descriptor(connection_),
+                       reinterpret_cast<sockaddr*>(&address), &length) == 0 &&
+           address.ss_family == AF_UNIX;
+}
+
+void X11Connection::start() {
+    wait();
+    // Replies that were waited for may have brought events along, which wake nobody.
+    runLoop_.async([this] { pump(); });
+}
+
+void X11Connection::wait() {
+    descriptor_.async_wait(asio::posix::stream_descriptor::wait_read,
+                           [this](const asio::error_code& error) {
+                               if (error) return;
+                               pump();
+                               if (xcb_connection_has_error(connection_) == 0) wait();
+                           });
+}
+
+void X11Connection::pump() {
+    while (XcbPtr<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+        if (event->response_type == 0) continue;  // the error of an unchecked request
+        for (const EventHandler& handler : handlers_) handler(*event);
+    }
+    if (idle_) idle_();
+    flush();
+    if (xcb_connection_has_error(connection_) != 0 && lost_) std::exchange(lost_, nullptr)();
+}
+
+void X11Connection::flush() { xcb_flush(connection_); }
+
+}  // namespace skavlo

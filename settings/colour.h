@@ -1,0 +1,15 @@
+#pragma once
+
+#include "overlay/colour.h"
+#include "platform/property_list.h"
+
+namespace skavlo {
+
+inline constexpr Colour kLightGrayColor{2.0 / 3.0, 2.0 / 3.0, 2.0 / 3.0, 1.0};
+inline constexpr Colour kWhiteColor{1.0, 1.0, 1.0, 1.0};
+
+// An array of exactly four numbers, red, green, blue and alpha, each read loosely and at single
+// precision; anything else, a missing value included, is the default colour.
+Colour skv_colorFromValue(const PropertyValue* value, const Colour& defaultColor);
+
+}  // namespace skavlo

@@ -1,0 +1,117 @@
+#include "settings/loose_value.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <type_traits>
+
+namespace skavlo {
+
+namespace {
+
+std::string_view skipSpace(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t\n\v\f\r");
+    return first == std::string_view::npos ? std::string_view() : text.substr(first);
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Skips white space and one sign; true when the number is negative.
+bool takeSign(std::string_view& text) {
+    text = skipSpace(text);
+    if (text.empty() || (text.front() != '-' && text.front() != '+')) return false;
+    const bool negative = text.front() == '-';
+    text.remove_prefix(1);
+    return negative;
+}
+
+template <typename Integer>
+Integer scanInteger(std::string_view text) {
+    constexpr auto kLowest = std::numeric_limits<Integer>::min();
+    constexpr auto kLargest = std::numeric_limits<Integer>::max();
+    const bool negative = takeSign(text);
+    Integer result = 0;
+    for (; !text.empty() && isDigit(text.front()); text.remove_prefix(1)) {
+        const auto digit = static_cast<Integer>(text.front() - '0');
+        if (negative) {
+            if (result < (kLowest + digit) / 10) return kLowest;
+            result = static_cast<Integer>(result * 10 - digit);
+        } else {
+            if (result > (kLargest - digit) / 10) return kLargest;
+            result = static_cast<Integer>(result * 10 + digit);
+        }
+    }
+    return result;
+}
+
+double scanReal(std::string_view text) {
+    const bool negative = takeSign(text);
+    // Leaves out what from_chars would take beyond decimal numbers: "inf", "nan".
+    if (text.empty() || (!isDigit(text.front()) && text.front() != '.')) return 0;
+    double result = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
+    if (error == std::errc::invalid_argument) return 0;
+    if (error == std::errc::result_out_of_range) result = HUGE_VAL;
+    return negative ? -result : result;
+}
+
+bool scanBool(std::string_view text) {
+    takeSign(text);
+    text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
+    if (text.empty()) return false;
+    const char c = text.front();
+    return c == 'Y' || c == 'y' || c == 'T' || c == 't' || (c >= '1' && c <= '9');
+}
+
+template <typename Integer>
+Integer truncate(double value) {
+    if (std::isnan(value)) return 0;
+    // Both bounds as doubles: the upper one is the first value beyond the range.
+    constexpr auto kBeyond = 2.0 * static_cast<double>(std::numeric_limits<Integer>::max() / 2 + 1);
+    if (value >= kBeyond) return std::numeric_limits<Integer>::max();
+    if (value < -kBeyond) return std::numeric_limits<Integer>::min();
+    return static_cast<Integer>(value);
+}
+
+template <typename Integer>
+Integer looseInteger(const PropertyValue* value) {
+    if (!value) return 0;
+    if (const auto* flag = value->as<bool>()) return *flag ? 1 : 0;
+    if (const auto* number = value->as<std::int64_t>()) return static_cast<Integer>(*number);
+    if (const auto* real = value->as<double>()) return truncate<Integer>(*real);
+    if (const auto* text = value->as<std::string>()) return scanInteger<Integer>(*text);
+    return 0;
+}
+
+}  // namespace
+
+bool boolValue(const PropertyValue* value) {
+    if (!value) return false;
+    if (const auto* flag = value->as<bool>()) return *flag;
+    if (const auto* number = value->as<std::int64_t>()) return *number != 0;
+    if (const auto* real = value->as<double>()) return *real != 0;
+    if (const auto* text = value->as<std::string>()) return scanBool(*text);
+    return false;
+}
+
+std::int32_t intValue(const PropertyValue* value) { return looseInteger<std::int32_t>(value); }
+
+std::int64_t integerValue(const PropertyValue* value) { return looseInteger<std::int64_t>(value); }
+
+float floatValue(const PropertyValue* value) {
+    if (!value) return 0;
+    if (const auto* flag = value->as<bool>()) return *flag ? 1.0F : 0.0F;
+    if (const auto* number = value->as<std::int64_t>()) return static_cast<float>(*number);
+    if (const auto* real = value->as<double>()) return static_cast<float>(*real);
+    if (const auto* text = value->as<std::string>()) return static_cast<float>(scanReal(*text));
+    return 0;
+}
+
+std::int32_t intValue(std::string_view text) { return scanInteger<std::int32_t>(text); }
+
+const PropertyValue* lookUp(const PropertyDictionary& dictionary, const char* key) {
+    const auto it = dictionary.find(key);
+    return it == dictionary.end() ? nullptr : &it->second;
+}
+
+}  // namespace skavlo
