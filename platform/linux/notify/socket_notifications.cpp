@@ -15,7 +15,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/linux/posix/file_descriptor.h"
+#include "platform/linux/posix/unique_descriptor.h"
 
 namespace skavlo {
 
@@ -38,13 +38,13 @@ std::optional<sockaddr_un> addressIn(int directory, const std::string& name) {
     return address;
 }
 
-FileDescriptor openDirectory(const std::string& path) {
-    return FileDescriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+UniqueDescriptor openDirectory(const std::string& path) {
+    return UniqueDescriptor(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 void makeDirectory(const std::string& path) {
     if (mkdir(path.c_str(), kDirectoryMode) != 0) return;
-    const FileDescriptor directory = openDirectory(path);
+    const UniqueDescriptor directory = openDirectory(path);
     if (!directory) return;
     if (geteuid() == 0 && fchown(directory.get(), 0, kMobileGroup) != 0) return;
     if (fchmod(directory.get(), kDirectoryMode) != 0) return;
@@ -52,7 +52,7 @@ void makeDirectory(const std::string& path) {
 
 class Registration final : public NotificationRegistration {
   public:
-    Registration(AsioRunLoop& runLoop, FileDescriptor directory, FileDescriptor socket,
+    Registration(AsioRunLoop& runLoop, UniqueDescriptor directory, UniqueDescriptor socket,
                  std::string socketName, std::string notification, std::function<void()> handler)
         : directory_(std::move(directory)),
           socketName_(std::move(socketName)),
@@ -89,7 +89,7 @@ class Registration final : public NotificationRegistration {
         }
     }
 
-    FileDescriptor directory_;
+    UniqueDescriptor directory_;
     std::string socketName_;
     std::string notification_;
     std::shared_ptr<std::function<void()>> handler_;
@@ -106,8 +106,8 @@ SocketNotifications::SocketNotifications(AsioRunLoop& runLoop, std::string runDi
 
 std::unique_ptr<NotificationRegistration> SocketNotifications::notify_register_dispatch(
     const std::string& name, std::function<void()> handler) {
-    FileDescriptor directory = openDirectory(directory_);
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    UniqueDescriptor directory = openDirectory(directory_);
+    UniqueDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const std::string socketName =
         name + '.' + std::to_string(getpid()) + '.' + std::to_string(++registrations_);
     const auto address = addressIn(directory.get(), socketName);
@@ -128,8 +128,8 @@ void SocketNotifications::notify_post(const std::string& name) {
 }
 
 void postNotification(const std::string& directoryPath, const std::string& name) {
-    FileDescriptor directory = openDirectory(directoryPath);
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    UniqueDescriptor directory = openDirectory(directoryPath);
+    const UniqueDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!directory || !socket) return;
     const int descriptor = directory.get();
     DIR* entries = fdopendir(directory.release());

@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/linux/posix/file_descriptor.h"
+#include "platform/linux/posix/unique_descriptor.h"
 
 namespace skavlo {
 
@@ -31,7 +31,7 @@ bool writeAll(int descriptor, const std::string& contents) {
 }  // namespace
 
 std::optional<std::string> PosixFiles::read(const std::string& path) const {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
     if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_size > kLargestFile) {
@@ -54,7 +54,7 @@ std::optional<std::string> PosixFiles::read(const std::string& path) const {
 // for a machine that dies the file system keeps the order of writing and renaming.
 bool PosixFiles::writeAtomically(const std::string& path, const std::string& contents) {
     std::string temporary = path + ".XXXXXX";
-    const FileDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
+    const UniqueDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));
     if (!file) return false;
     // mkostemp makes private files; the settings' readers run as other users.
     constexpr mode_t kReadableByAll = 0644;
@@ -82,7 +82,7 @@ std::string PosixFiles::versionOf(const std::string& path) const {
 }
 
 void PosixFiles::chown(const std::string& path, unsigned uid, unsigned gid) {
-    const FileDescriptor file(
+    const UniqueDescriptor file(
         open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
     // Only what the caller made itself: a link put in its place must not change hands.

@@ -5,7 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "platform/linux/posix/file_descriptor.h"
+#include "platform/linux/posix/unique_descriptor.h"
 
 namespace skavlo {
 
@@ -16,7 +16,7 @@ int PosixProcess::getpid() const { return ::getpid(); }
 void PosixProcess::setpriority(int nice) { ::setpriority(PRIO_PROCESS, 0, nice); }
 
 void PosixProcess::memorystatus_control(int /*command*/, int /*pid*/, unsigned /*limit*/) {
-    const FileDescriptor file(open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC));
+    const UniqueDescriptor file(open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC));
     constexpr char kNeverKill[] = "-1000";
     if (!file || write(file.get(), kNeverKill, sizeof kNeverKill - 1) < 0) return;
 }

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "platform/linux/posix/file_descriptor.h"
+#include "platform/linux/posix/unique_descriptor.h"
 
 namespace skavlo {
 
@@ -44,7 +44,7 @@ bool X11Buffer::attachShared() {
         version &&
         (version->major_version > 1 || (version->major_version == 1 && version->minor_version >= 2));
     if (!takesDescriptors) return false;
-    FileDescriptor memory(memfd_create("skavlo-frame", MFD_CLOEXEC));
+    UniqueDescriptor memory(memfd_create("skavlo-frame", MFD_CLOEXEC));
     if (!memory || ftruncate(memory.get(), static_cast<off_t>(bytes_)) != 0) return false;
     void* address =
         mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);

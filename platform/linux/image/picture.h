@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace skavlo {
+
+// Premultiplied pixels, blue in the lowest byte, rows without gaps.
+struct Picture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;
+};
+
+// The first image of the file open as `descriptor`, upright, as large as fits into a square of
+// `box` pixels at its own aspect; each side is at least one pixel. None when it is no image of a
+// known kind, is damaged or cut off, or has more than kMaximumImagePixels.
+[[nodiscard]] std::optional<Picture> decodeImage(int descriptor, int box);
+
+inline constexpr std::int64_t kMaximumImagePixels = 100'000'000;
+
+// One line in the system font, its logical rectangle centred in a square of `box` pixels,
+// ellipsised at the end when wider; line breaks and other control characters count as spaces. None
+// when `text` is not UTF-8; an empty text is a transparent picture.
+[[nodiscard]] std::optional<Picture> drawText(const std::string& text, int box, double fontPixels);
+
+}  // namespace skavlo

@@ -1,0 +1,78 @@
+#include "platform/linux/image/sandbox.h"
+
+#include <errno.h>
+#include <grp.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+
+#include "platform/linux/image/system_calls.h"
+
+namespace skavlo {
+
+namespace {
+
+struct Limit {
+    __rlimit_resource resource;
+    rlim_t value;
+};
+
+// The number of threads has no limit of its own (it would count all processes of a user who is not
+// root): the system call filter keeps other processes from being made, and the address space
+// bounds the threads.
+constexpr Limit kLimits[] = {
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which reserve terabytes
+    {RLIMIT_AS, rlim_t{1} << 30},
+#endif
+    {RLIMIT_CPU, 10},  // seconds
+    {RLIMIT_NOFILE, 64},
+    {RLIMIT_FSIZE, 0},  // the answer goes through a pipe, which has no file size
+    {RLIMIT_CORE, 0},
+};
+
+Error systemError(const char* call) {
+    return Error{std::string(call) + ": " + strerror(errno)};
+}
+
+std::optional<Error> dropRoot() {
+    if (getuid() != 0 && geteuid() != 0) return std::nullopt;
+    if (setgroups(0, nullptr) != 0) return systemError("setgroups");
+    if (setresgid(kSandboxUser, kSandboxUser, kSandboxUser) != 0) return systemError("setresgid");
+    if (setresuid(kSandboxUser, kSandboxUser, kSandboxUser) != 0) return systemError("setresuid");
+    return std::nullopt;
+}
+
+std::optional<Error> setLimits() {
+    for (const Limit& each : kLimits) {
+        rlimit limit{};
+        if (getrlimit(each.resource, &limit) != 0) return systemError("getrlimit");
+        // An inherited limit that is lower stays.
+        limit.rlim_max = std::min(limit.rlim_max, each.value);
+        limit.rlim_cur = std::min(limit.rlim_cur, each.value);
+        if (setrlimit(each.resource, &limit) != 0) return systemError("setrlimit");
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> setProcessAttributes() {
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) return systemError("no new privileges");
+    if (prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0) return systemError("dumpable");
+    // The change of identity has disarmed what the parent set.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) != 0) return systemError("death signal");
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Error> enterSandbox() {
+    for (const auto step : {setLimits, dropRoot, setProcessAttributes, filterSystemCalls})
+        if (auto error = step()) return error;
+    return std::nullopt;
+}
+
+}  // namespace skavlo
