@@ -1,0 +1,128 @@
+// skavlo-demo: shows the overlay at work on a machine without a screen. It starts a private X
+// server with a touch screen, runs the real overlay there, plays recorded touches and stores what
+// the screen shows.
+#include <sys/signalfd.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "tools/demo_session.h"
+
+namespace skavlo {
+
+namespace {
+
+constexpr PixelSize kScreen{1280, 720};
+constexpr int kUsageStatus = 2;
+
+struct Arguments {
+    std::string overlay;
+    std::string recording = SKAVLO_DEMO_RECORDING;
+    std::string output;
+};
+
+void printUsage(std::FILE* file) {
+    std::fputs(
+        "Usage: skavlo-demo [OPTION]...\n"
+        "Show the touch overlay at work on a private screen and store pictures of it.\n\n"
+        "  --overlay FILE       the program to show (default: skavlo beside this program)\n"
+        "  --recording FILE     the touches to play (default: two hands)\n"
+        "  --output DIRECTORY   where the pictures go (default: demo beside this program)\n"
+        "  --display-reachable  only tell by the exit status whether DISPLAY can be used\n"
+        "  --help               print this text\n",
+        file);
+}
+
+int fail(const std::string& message) {
+    std::fprintf(stderr, "skavlo-demo: %s\n", message.c_str());
+    return 1;
+}
+
+// Where "--name" has to go; null: there is no such option.
+std::string* target(Arguments& arguments, std::string_view name) {
+    if (name == "--overlay") {
+        return &arguments.overlay;
+    }
+    if (name == "--recording") {
+        return &arguments.recording;
+    }
+    return name == "--output" ? &arguments.output : nullptr;
+}
+
+// From here on, signals that end a program make the descriptor readable instead, so that whatever
+// was started is stopped in order.
+rig::FileDescriptor catchSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&signals, number);
+    }
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return rig::FileDescriptor(signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+}
+
+int demonstrate(const Arguments& arguments) {
+    auto recording = readRecording(arguments.recording);
+    if (!recording) {
+        return fail(recording.error().message);
+    }
+    const rig::FileDescriptor stop = catchSignals();
+    auto session = DemoSession::start(arguments.overlay, kScreen, stop.get());
+    if (!session) {
+        return fail(session.error().message);
+    }
+    std::puts("The overlay runs on a private screen; playing recorded touches (Ctrl-C stops).");
+    std::fflush(stdout);
+    if (const auto error = (*session)->play(*recording)) {
+        return fail(error->message);
+    }
+    auto files = (*session)->writePictures(arguments.output);
+    if (!files) {
+        return fail(files.error().message);
+    }
+    std::puts("Pictures of it:");
+    for (const std::string& file : *files) {
+        std::printf("  %s\n", file.c_str());
+    }
+    return 0;
+}
+
+int run(int count, char** values) {
+    const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    Arguments arguments;
+    arguments.overlay = here / "skavlo";
+    arguments.output = here / "demo";
+    for (int i = 1; i < count; ++i) {
+        const std::string_view name = values[i];
+        if (name == "--help") {
+            printUsage(stdout);
+            return 0;
+        }
+        if (name == "--display-reachable") {
+            return rig::Display::connect("") ? 0 : 1;
+        }
+        std::string* value = target(arguments, name);
+        if (value == nullptr || i + 1 == count) {
+            printUsage(stderr);
+            return kUsageStatus;
+        }
+        *value = values[++i];
+    }
+    return demonstrate(arguments);
+}
+
+}  // namespace
+
+}  // namespace skavlo
+
+int main(int count, char** values) {
+    try {
+        return skavlo::run(count, values);
+    } catch (const std::exception& error) {
+        return skavlo::fail(error.what());
+    }
+}
