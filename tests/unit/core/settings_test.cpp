@@ -1,0 +1,184 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <limits>
+
+#include "platform/linux/plist/plist_property_lists.h"
+#include "settings/colour.h"
+#include "settings/default_settings.h"
+#include "settings/loose_value.h"
+#include "settings/settings_directory.h"
+
+namespace skavlo {
+namespace {
+
+TEST(SettingsDirectory, NamesTheFilesByTheirCommonPrefix) {
+    const SettingsDirectory directory("/var/mobile/Library/");
+    EXPECT_EQ(directory.settingsFile(),
+              "/var/mobile/Library/Caches/com.oxbrel.skavlo.settings.plist");
+    EXPECT_EQ(directory.pidFile(), "/var/mobile/Library/Caches/com.oxbrel.skavlo.pid");
+    EXPECT_EQ(directory.customImageFile(),
+              "/var/mobile/Library/Caches/com.oxbrel.skavlo.custom_image.png");
+}
+
+struct LooseCase {
+    const char* text;
+    int asInt;
+    float asFloat;
+    bool asBool;
+};
+
+class LooseString : public testing::TestWithParam<LooseCase> {};
+
+TEST_P(LooseString, IsScanned) {
+    const PropertyValue value(GetParam().text);
+    EXPECT_EQ(intValue(&value), GetParam().asInt);
+    EXPECT_EQ(floatValue(&value), GetParam().asFloat);
+    EXPECT_EQ(boolValue(&value), GetParam().asBool);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, LooseString,
+    testing::Values(LooseCase{"", 0, 0, false}, LooseCase{"abc", 0, 0, false},
+                    LooseCase{"0x10", 0, 0, false}, LooseCase{" 12", 12, 12, true},
+                    LooseCase{"12abc", 12, 12, true}, LooseCase{"-5", -5, -5, true},
+                    LooseCase{"+7", 7, 7, true}, LooseCase{"\t3", 3, 3, true},
+                    LooseCase{"1e3", 1, 1000, true}, LooseCase{"YES", 0, 0, true},
+                    LooseCase{"true", 0, 0, true}, LooseCase{"Y", 0, 0, true},
+                    LooseCase{"t", 0, 0, true}, LooseCase{"NO", 0, 0, false},
+                    LooseCase{"-0007", -7, -7, true}, LooseCase{"000", 0, 0, false},
+                    LooseCase{"nan", 0, 0, false}, LooseCase{"inf", 0, 0, false},
+                    LooseCase{".5", 0, 0.5F, false}, LooseCase{"-", 0, 0, false},
+                    LooseCase{"99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
+                    LooseCase{"-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F,
+                              true}));
+
+TEST(LooseValue, RealsTruncateTowardZeroAndSaturate) {
+    const auto asInteger = [](double real) {
+        const PropertyValue value(real);
+        return integerValue(&value);
+    };
+    EXPECT_EQ(asInteger(2.9), 2);
+    EXPECT_EQ(asInteger(-2.9), -2);
+    EXPECT_EQ(asInteger(1e300), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(asInteger(-1e300), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(asInteger(std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
+TEST(LooseValue, BooleansAreOneAndZero) {
+    const PropertyValue yes(true);
+    EXPECT_EQ(intValue(&yes), 1);
+    EXPECT_EQ(floatValue(&yes), 1.0F);
+    const PropertyValue half(0.5);
+    EXPECT_TRUE(boolValue(&half));
+}
+
+TEST(LooseValue, ContainersDataAndNothingAreZeroAndFalse) {
+    const PropertyValue values[] = {PropertyArray{1}, PropertyDictionary{{"a", 1}}, {}};
+    for (const PropertyValue& value : values) {
+        EXPECT_EQ(integerValue(&value), 0);
+        EXPECT_EQ(floatValue(&value), 0);
+        EXPECT_FALSE(boolValue(&value));
+    }
+    EXPECT_EQ(intValue(static_cast<const PropertyValue*>(nullptr)), 0);
+    EXPECT_FALSE(boolValue(nullptr));
+}
+
+TEST(DefaultSettings, HasThirtyOneKeys) {
+    const PropertyDictionary defaults = defaultSettings();
+    EXPECT_EQ(defaults.size(), 31U);
+    EXPECT_EQ(defaults.at("colorAlpha"), PropertyValue(0.55));
+    EXPECT_EQ(defaults.at("fillColor"), PropertyValue(PropertyArray{0.66, 0.66, 0.66, 1.0}));
+    EXPECT_EQ(defaults.at("emojiString"), PropertyValue("🍎"));
+    EXPECT_EQ(defaults.at("displayMode"), PropertyValue(0));
+    EXPECT_EQ(defaults.at("isEnglish"), PropertyValue(false));
+}
+
+class PropertyListFile : public testing::Test {
+  protected:
+    // What another reader makes of the bytes, one "key kind value" a line.
+    static std::string readByPython(const std::string& bytes) {
+        const std::string path = testing::TempDir() + "skavlo-plist-test.plist";
+        FILE* file = std::fopen(path.c_str(), "wb");
+        std::fwrite(bytes.data(), 1, bytes.size(), file);
+        std::fclose(file);
+        const std::string command =
+            "python3 -c 'import plistlib,sys\n"
+            "d=plistlib.load(open(sys.argv[1],\"rb\"))\n"
+            "for k in sorted(d): print(k,type(d[k]).__name__,repr(d[k]))' " + path;
+        FILE* pipe = popen(command.c_str(), "r");
+        std::string output;
+        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+            output += static_cast<char>(c);
+        }
+        EXPECT_EQ(pclose(pipe), 0);
+        std::remove(path.c_str());
+        return output;
+    }
+    PlistPropertyLists lists;
+};
+
+TEST_F(PropertyListFile, TheDefaultsSurviveWritingAndReading) {
+    EXPECT_EQ(lists.parse(lists.serialize(defaultSettings())), defaultSettings());
+}
+
+TEST_F(PropertyListFile, IsReadByAnotherReader) {
+    const std::string seen = readByPython(
+        lists.serialize({{"a", true}, {"b", 0}, {"c", 0.55}, {"d", static_cast<double>(0.6F)},
+                         {"e", "🍎 <&>"}, {"f", PropertyArray{0.66, 1.0}}, {"g", -3}}));
+    EXPECT_EQ(seen,
+              "a bool True\nb int 0\nc float 0.55\nd float 0.6000000238418579\n"
+              "e str '🍎 <&>'\nf list [0.66, 1.0]\ng int -3\n");
+}
+
+TEST_F(PropertyListFile, RealsHaveSeventeenDigits) {
+    const std::string xml = lists.serialize({{"a", static_cast<double>(0.6F)}, {"b", 0.55}, {"c", 0.0}});
+    EXPECT_NE(xml.find("<real>0.60000002384185791</real>"), std::string::npos) << xml;
+    EXPECT_NE(xml.find("<real>0.55000000000000004</real>"), std::string::npos) << xml;
+    EXPECT_NE(xml.find("<real>0.0</real>"), std::string::npos) << xml;
+}
+
+TEST_F(PropertyListFile, GarbageIsNoPropertyList) {
+    for (const char* bytes : {"", "garbage", "<plist>", "<plist><array/></plist>", "bplist00",
+                              "bplist00\xff\xff\xff\xff\xff\xff\xff\xff", "<plist><dict><key>a</key>"}) {
+        EXPECT_FALSE(lists.parse(bytes)) << bytes;
+    }
+}
+
+TEST_F(PropertyListFile, EndlessNestingIsRefused) {
+    std::string xml = "<plist><dict><key>a</key>";
+    for (int i = 0; i < 200000; ++i) xml += "<array>";
+    EXPECT_FALSE(lists.parse(xml));
+    for (int i = 0; i < 200000; ++i) xml += "</array>";
+    EXPECT_FALSE(lists.parse(xml + "</dict></plist>"));
+}
+
+TEST_F(PropertyListFile, NestingInABinaryFileCannotExhaustTheStack) {
+    // Objects 0 (a dictionary with the key "a") and then arrays of one, each holding the next.
+    constexpr int kArrays = 12000;
+    std::string bytes = "bplist00";
+    std::string offsets;
+    const auto big = [](unsigned value) {
+        return std::string{static_cast<char>(value >> 8U), static_cast<char>(value & 0xffU)};
+    };
+    const auto object = [&](const std::string& data) {
+        offsets += big(static_cast<unsigned>(bytes.size()));
+        bytes += data;
+    };
+    object("\xd1" + big(1) + big(2));
+    object("\x51" "a");
+    for (int i = 0; i < kArrays; ++i) object("\xa1" + big(static_cast<unsigned>(i + 3)));
+    object("\x09");
+    const auto table = static_cast<unsigned>(bytes.size());
+    bytes += offsets;
+    bytes += std::string(6, '\0') + '\2' + '\2';
+    const auto wide = [&](unsigned value) { return std::string(6, '\0') + big(value); };
+    bytes += wide(kArrays + 3) + wide(0) + wide(table);
+    const auto parsed = lists.parse(bytes);
+    if (parsed) {
+        EXPECT_EQ(parsed->size(), 1U);
+    }
+}
+
+}  // namespace
+}  // namespace skavlo
