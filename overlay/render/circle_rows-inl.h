@@ -21,9 +21,19 @@ namespace {
 
 constexpr int kRowsAtOnce = 64;
 constexpr int kLinesPerRow = 8;
-constexpr float kSmallRadius = 2.0F;
+#ifndef XR
+#define XR 6.0F
+#endif
+#ifndef XK
+#define XK 0.05F
+#endif
+constexpr float kSmallRadius = XR;
 // Half the diagonal of a pixel and a little: no edge that far from a centre touches the pixel.
 constexpr float kReach = 0.72F;
+// Rows beyond this part of a radius are flat: their edge's normal varies from pixel to pixel.
+constexpr float kFlat = 0.9F;
+// Least component of a normal, so that upright and level edges need no case of their own.
+constexpr float kLeastComponent = 0.02F;
 // From this width on, the rim has runs that are worth a constant colour.
 constexpr float kWideRim = 12.0F;
 
@@ -54,6 +64,7 @@ class CircleRows {
     HWY_ALIGN std::int32_t middleBegin[kRowsAtOnce];
     HWY_ALIGN std::int32_t middleEnd[kRowsAtOnce];
     HWY_ALIGN std::int32_t middleIsRim[kRowsAtOnce];
+    HWY_ALIGN std::int32_t flat[kRowsAtOnce];
     // Pixels of the rim left and right of the inside; only when wideRim.
     HWY_ALIGN std::int32_t leftRimBegin[kRowsAtOnce];
     HWY_ALIGN std::int32_t leftRimEnd[kRowsAtOnce];
@@ -78,6 +89,17 @@ class CircleRows {
 
     [[nodiscard]] HWY_INLINE bool hasInner() const { return circle.innerRadius > 0; }
 
+    // Of the inner disc, or such that it covers nothing.
+    [[nodiscard]] HWY_INLINE float coveringInnerRadius() const {
+        return hasInner() ? tangentRadius(circle.innerRadius) : -1;
+    }
+
+    // Within a pixel the edge curves away from its tangent, by a mean of about 1/20 of a pixel
+    // over the radius.
+    [[nodiscard]] static HWY_INLINE float tangentRadius(float radius) {
+        return radius - XK / radius;
+    }
+
     [[nodiscard]] HWY_INLINE bool small() const {
         return circle.radius < kSmallRadius ||
                (hasInner() && circle.innerRadius < kSmallRadius);
@@ -90,6 +112,7 @@ class CircleRows {
             hn::Store(square, kFloats, dySquared + row);
             computeExtent(row, dy);
             computeMiddle(row, dy, square);
+            computeFlat(row, dy);
             if (wideRim) computeRims(row, square);
             computeNormals(row, dy, circle.radius, outer);
             if (hasInner()) {
@@ -187,12 +210,24 @@ class CircleRows {
         const VF sine = hn::Min(hn::Mul(hn::Abs(dy), hn::Set(kFloats, 1 / radius)), one);
         const VF cosine = hn::Sqrt(hn::NegMulAdd(sine, sine, one));
         const VF m = hn::Max(sine, cosine);
-        const VF n = hn::Max(hn::Min(sine, cosine), hn::Set(kFloats, 0.02F));
+        const VF n = hn::Max(hn::Min(sine, cosine), hn::Set(kFloats, kLeastComponent));
         const VF slope = hn::Div(hn::Set(kFloats, 65535.0F), m);
         hn::Store(hn::Mul(half, hn::Add(m, n)), kFloats, edge.sum + row);
         hn::Store(hn::Mul(half, hn::Sub(m, n)), kFloats, edge.diff + row);
         hn::Store(slope, kFloats, edge.slope + row);
         hn::Store(hn::Div(hn::Mul(half, slope), n), kFloats, edge.bend + row);
+    }
+
+    HWY_INLINE void computeFlat(int row, VF dy) {
+        const VF height = hn::Abs(dy);
+        const auto beyond = [height](float limit) HWY_ATTR {
+            return hn::Gt(height, hn::Set(kFloats, limit));
+        };
+        const auto outerFlat = beyond(kFlat * circle.radius);
+        const auto innerFlat = hn::AndNot(beyond(coveringInnerRadius() + kReach),
+                                          beyond(kFlat * circle.innerRadius));
+        const auto any = hn::RebindMask(kInts, hn::Or(outerFlat, innerFlat));
+        hn::Store(hn::VecFromMask(kInts, any), kInts, flat + row);
     }
 
     // An upright edge; its radius of -1 keeps it from covering anything.

@@ -9,7 +9,8 @@
 // covered part of the unit square is then
 //     1/2 + e/m - z|z| / (2mn),   e held to +-(m+n)/2, z the part of e beyond +-(m-n)/2,
 // straight in the middle and bending into the two corners. Every pixel of a row that the edge
-// crosses lies at the radius, so the sine of the normal's angle is the row's height over it.
+// crosses lies at the radius, so the sine of the normal's angle is the row's height over it; where
+// the edge runs nearly along the row that is too coarse and every pixel gets its own normal.
 // Discs too small for tangents are integrated along eight lines per row.
 #include "overlay/render/circle_look.h"
 #include "overlay/render/visibility.h"
@@ -74,13 +75,36 @@ struct TangentRow {
     Edge outer, inner;
     HWY_INLINE TangentRow(const CircleRows& rows, int row)
         : dySquared(hn::Set(kFloats, rows.dySquared[row])),
-          outer(loadEdge(hn::Set(kFloats, rows.circle.radius), rows.outer, row)),
-          inner(loadEdge(hn::Set(kFloats, rows.hasInner() ? rows.circle.innerRadius : -1),
-                         rows.inner, row)) {}
+          outer(loadEdge(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius)), rows.outer, row)),
+          inner(loadEdge(hn::Set(kFloats, rows.coveringInnerRadius()), rows.inner, row)) {}
     HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
         const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, dySquared));
         outerCover = coverage(distance, outer);
         innerCover = coverage(distance, inner);
+    }
+};
+
+// The same where an edge is nearly level: the normal is that of each pixel, for both edges.
+struct FlatRow {
+    VF dy, outerRadius, innerRadius;
+    HWY_INLINE FlatRow(const CircleRows& rows, int row)
+        : dy(hn::Sqrt(hn::Set(kFloats, rows.dySquared[row]))),
+          outerRadius(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius))),
+          innerRadius(hn::Set(kFloats, rows.coveringInnerRadius())) {}
+    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
+        const VF half = hn::Set(kFloats, 0.5F);
+        const VF across = hn::Abs(dx);
+        const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, hn::Mul(dy, dy)));
+        const VF scale = hn::Div(half, hn::Max(distance, hn::Set(kFloats, 0.5F)));
+        const VF m = hn::Max(hn::Mul(hn::Max(across, dy), scale), hn::Set(kFloats, 0.25F));
+        const VF n = hn::Max(hn::Mul(hn::Min(across, dy), scale),
+                             hn::Set(kFloats, kLeastComponent / 2));
+        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n),
+                  hn::Div(hn::Set(kFloats, 32767.5F), m), hn::Zero(kFloats)};
+        edge.bend = hn::Div(hn::Mul(edge.slope, hn::Set(kFloats, 0.25F)), n);
+        outerCover = coverage(distance, edge);
+        edge.radius = innerRadius;
+        innerCover = coverage(distance, edge);
     }
 };
 
@@ -145,25 +169,40 @@ class RowPen {
     int clipRight_;
 };
 
+struct Solids {
+    SolidPaint rim, inside;
+};
+
 template <class Row>
+HWY_INLINE void drawRow(std::uint32_t* HWY_RESTRICT pixels, const CircleRows& rows, int row,
+                        const TwoPaints& paints, const Solids& solids) {
+    RowPen<Row> pen(pixels, rows, row, paints);
+    if (rows.wideRim) {
+        pen.edgesTo(rows.leftRimBegin[row]);
+        pen.solidTo(rows.leftRimEnd[row], solids.rim);
+    }
+    pen.edgesTo(rows.middleBegin[row]);
+    pen.solidTo(rows.middleEnd[row], rows.middleIsRim[row] ? solids.rim : solids.inside);
+    if (rows.wideRim) {
+        pen.edgesTo(rows.rightRimBegin[row]);
+        pen.solidTo(rows.rightRimEnd[row], solids.rim);
+    }
+    pen.edgesTo(rows.end[row]);
+}
+
+template <bool kSmall>
 HWY_INLINE void drawRows(const RenderTarget& target, const CircleRows& rows,
-                         const TwoPaints& paints, const SolidPaint& rim,
-                         const SolidPaint& inside) {
+                         const TwoPaints& paints, const Solids& solids) {
     for (int row = 0; row < rows.count; ++row) {
         std::uint32_t* pixels =
             target.pixels + std::ptrdiff_t{rows.firstRow + row} * target.stride;
-        RowPen<Row> pen(pixels, rows, row, paints);
-        if (rows.wideRim) {
-            pen.edgesTo(rows.leftRimBegin[row]);
-            pen.solidTo(rows.leftRimEnd[row], rim);
+        if constexpr (kSmall) {
+            drawRow<ChordRow>(pixels, rows, row, paints, solids);
+        } else if (rows.flat[row]) {
+            drawRow<FlatRow>(pixels, rows, row, paints, solids);
+        } else {
+            drawRow<TangentRow>(pixels, rows, row, paints, solids);
         }
-        pen.edgesTo(rows.middleBegin[row]);
-        pen.solidTo(rows.middleEnd[row], rows.middleIsRim[row] ? rim : inside);
-        if (rows.wideRim) {
-            pen.edgesTo(rows.rightRimBegin[row]);
-            pen.solidTo(rows.rightRimEnd[row], rim);
-        }
-        pen.edgesTo(rows.end[row]);
     }
 }
 
@@ -174,17 +213,16 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
     rows.clip = clip;
     const float opacity = std::min(instance.opacity, 1.0F);
     const TwoPaints paints(look.rim.data(), look.inside.data(), opacity);
-    const SolidPaint rim = paints.solid(0xFFFF, 0);
-    const SolidPaint inside = paints.solid(0, 0xFFFF);
+    const Solids solids{paints.solid(0xFFFF, 0), paints.solid(0, 0xFFFF)};
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
         if (rows.small()) {
             rows.computeChords();
-            drawRows<ChordRow>(target, rows, paints, rim, inside);
+            drawRows<true>(target, rows, paints, solids);
         } else {
             rows.computeTangents();
-            drawRows<TangentRow>(target, rows, paints, rim, inside);
+            drawRows<false>(target, rows, paints, solids);
         }
         rows.firstRow += rows.count;
     }

@@ -56,28 +56,65 @@ void disc(cairo_t* cr, const Instance& i, double radius) {
     cairo_arc(cr, i.x, i.y, radius, 0, 2 * std::numbers::pi);
 }
 
-void setColour(cairo_t* cr, const Colour& c) {
-    cairo_set_source_rgba(cr, c.red, c.green, c.blue, c.alpha);
+// What a drawing in white covers, 0 to 1, one value per fine pixel.
+using Mask = std::vector<float>;
+
+Mask drawMask(PixelSize size, const std::function<void(cairo_t*)>& path) {
+    const int fineness = finenessFor(size);
+    const PixelSize fineSize{size.width * fineness, size.height * fineness};
+    const Surface fine{
+        cairo_image_surface_create(CAIRO_FORMAT_A8, fineSize.width, fineSize.height),
+        cairo_surface_destroy};
+    const Context cr(cairo_create(fine.get()), cairo_destroy);
+    cairo_scale(cr.get(), fineness, fineness);
+    cairo_set_tolerance(cr.get(), 0.01);
+    path(cr.get());
+    cairo_fill(cr.get());
+    cairo_surface_flush(fine.get());
+    const unsigned char* data = cairo_image_surface_get_data(fine.get());
+    const int stride = cairo_image_surface_get_stride(fine.get());
+    Mask mask;
+    mask.reserve(std::size_t(fineSize.width) * std::size_t(fineSize.height));
+    for (int y = 0; y < fineSize.height; ++y) {
+        const unsigned char* row = data + std::ptrdiff_t{y} * stride;
+        for (int x = 0; x < fineSize.width; ++x) mask.push_back(float(row[x]) / 255);
+    }
+    return mask;
 }
 
-void drawLook(cairo_t* cr, const CircleStyle& style, const Instance& i) {
-    const double radius = style.diameter / 2 * i.scale;
-    const double width = std::min(style.borderWidth * i.scale, radius);
-    disc(cr, i, radius);
-    setColour(cr, style.fill);
-    cairo_fill(cr);
-    if (!(width > 0)) return;
-    disc(cr, i, radius);
-    cairo_new_sub_path(cr);
-    cairo_arc_negative(cr, i.x, i.y, radius - width, 0, -2 * std::numbers::pi);
-    setColour(cr, style.border);
-    cairo_fill(cr);
+std::array<double, 4> premultiplied(const Colour& c) {
+    return {c.blue * c.alpha, c.green * c.alpha, c.red * c.alpha, c.alpha};
 }
 
-void markPartial(Picture& picture, const Levels& mask) {
+// Cairo's masks, composed without its rounding to whole levels, which is half a level per layer.
+void composeLook(Picture& picture, const CircleStyle& style, const Mask& disc, const Mask& ring) {
+    const auto fill = premultiplied(style.fill);
+    const auto border = premultiplied(style.border);
+    const int fineness = finenessFor(picture.size);
+    const double part = 255.0 / (fineness * fineness);
+    const std::size_t width = std::size_t(picture.size.width * fineness);
+    for (std::size_t i = 0; i < disc.size(); ++i) {
+        if (!(disc[i] > 0)) continue;
+        auto& sum = picture.pixels[picture.index(int(i % width) / fineness,
+                                                 int(i / width) / fineness)];
+        const double ringCover = ring.empty() ? 0 : double{ring[i]};
+        for (std::size_t c = 0; c < 4; ++c) {
+            const double below = fill[c] * double{disc[i]};
+            sum[c] += part * (border[c] * ringCover + below * (1 - border[3] * ringCover));
+        }
+    }
+}
+
+void markPartial(Picture& picture, const Mask& mask) {
+    const int fineness = finenessFor(picture.size);
+    const std::size_t width = std::size_t(picture.size.width * fineness);
+    std::vector<double> covered(picture.pixels.size());
     for (std::size_t i = 0; i < mask.size(); ++i) {
-        const double covered = mask[i][3] / 255;
-        if (covered > 0.001 && covered < 0.999) picture.edge[i] = true;
+        covered[picture.index(int(i % width) / fineness, int(i / width) / fineness)] +=
+            double{mask[i]} / (fineness * fineness);
+    }
+    for (std::size_t i = 0; i < covered.size(); ++i) {
+        if (covered[i] > 0.001 && covered[i] < 0.999) picture.edge[i] = true;
     }
 }
 
@@ -133,18 +170,26 @@ void fade(Levels& levels, double opacity) {
 }  // namespace
 
 Picture circle(PixelSize size, const CircleStyle& style, const Instance& instance) {
-    Picture picture{size, drawFinely(size, [&](cairo_t* cr) { drawLook(cr, style, instance); }),
-                    std::vector<bool>(std::size_t(size.width) * std::size_t(size.height))};
+    const std::size_t count = std::size_t(size.width) * std::size_t(size.height);
+    Picture picture{size, Levels(count), std::vector<bool>(count)};
     const double radius = style.diameter / 2 * instance.scale;
     const double inner = radius - style.borderWidth * instance.scale;
-    for (const double r : {radius, inner}) {
-        if (!(r > 0)) continue;
-        markPartial(picture, drawFinely(size, [&](cairo_t* cr) {
-                        disc(cr, instance, r);
-                        cairo_set_source_rgba(cr, 1, 1, 1, 1);
-                        cairo_fill(cr);
-                    }));
+    const Mask whole = drawMask(size, [&](cairo_t* cr) { disc(cr, instance, radius); });
+    markPartial(picture, whole);
+    Mask ring;
+    if (style.borderWidth > 0) {
+        ring = drawMask(size, [&](cairo_t* cr) {
+            disc(cr, instance, radius);
+            if (!(inner > 0)) return;
+            cairo_new_sub_path(cr);
+            cairo_arc_negative(cr, instance.x, instance.y, inner, 0, -2 * std::numbers::pi);
+        });
+        if (inner > 0) {
+            markPartial(picture,
+                        drawMask(size, [&](cairo_t* cr) { disc(cr, instance, inner); }));
+        }
     }
+    composeLook(picture, style, whole, ring);
     fade(picture.pixels, instance.opacity);
     return picture;
 }
