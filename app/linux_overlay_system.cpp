@@ -53,8 +53,10 @@ void LinuxOverlaySystem::setNewDelegate() {
 }
 
 HidEventSystemClient* LinuxOverlaySystem::IOHIDEventSystemClientCreate() {
-    input_ = std::make_unique<InputSelector>(
-        runLoop_, [this] { return windowServer_->outputs().layout(); });
+    InputOptions options;
+    options.layout = [this] { return windowServer_->outputs().layout(); };
+    options.connectX = [] { return xcb_connect(nullptr, nullptr); };
+    input_ = std::make_unique<InputSelector>(runLoop_.context(), std::move(options));
     windowServer_->outputs().addChangeHandler([this] { input_->layoutChanged(); });
     return input_.get();
 }

@@ -40,7 +40,8 @@ void TouchCanvasViewController::viewDidLoad() {
 }
 
 void TouchCanvasViewController::skv_screenCaptureDidChange() {
-    services_.runLoop.async([this] {
+    services_.runLoop.async([this, alive = std::weak_ptr(alive_)] {
+        if (alive.expired()) return;
         decideVisibility(readSettings());
         applyVisibility();
     });
@@ -69,7 +70,8 @@ void TouchCanvasViewController::applyVisibility() {
 }
 
 void TouchCanvasViewController::skv_forceClearAllGarbage() {
-    const auto clearAll = [this] {
+    const auto clearAll = [this, alive = std::weak_ptr(alive_)] {
+        if (alive.expired()) return;
         skv_containerView.clear();
         skv_markerViews.clear();
         skv_trailAnchors.clear();

@@ -18,7 +18,8 @@ void FrameLoop::setNeedsDisplay() {
     needsDisplay_ = true;
     if (displayPosted_) return;
     displayPosted_ = true;
-    runLoop_.async([this] {
+    runLoop_.async([this, alive = std::weak_ptr(alive_)] {
+        if (alive.expired()) return;
         displayPosted_ = false;
         displayIfNeeded();
     });

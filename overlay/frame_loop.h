@@ -1,6 +1,8 @@
 // When a frame is drawn: at once after a touch, otherwise with the display.
 #pragma once
 
+#include <memory>
+
 #include "overlay/marker_scene.h"
 #include "overlay/scene_painter.h"
 #include "platform/run_loop.h"
@@ -35,6 +37,8 @@ class FrameLoop {
     bool needsDisplay_ = false;
     bool displayPosted_ = false;
     bool refreshRequested_ = false;
+    // What is still posted when the loop is gone finds this expired.
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 
 }  // namespace skavlo

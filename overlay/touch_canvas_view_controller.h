@@ -145,6 +145,8 @@ class TouchCanvasViewController {
     std::shared_ptr<const Bitmap> emojiLabel_;  // null until it has been drawn
     std::shared_ptr<Look> imageLook_;
     std::shared_ptr<Look> emojiLook_;
+    // What is still posted when the canvas is gone finds this expired.
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 
 // The overlay's smallest sign of life: one point in the screen's corner, almost transparent.

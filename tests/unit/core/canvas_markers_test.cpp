@@ -62,18 +62,18 @@ TEST_F(CanvasMarkers, CopiesFadeForTheModesDurationAndAreGone) {
 }
 
 TEST_F(CanvasMarkers, ALiftScalesToTheModesLiftScaleFadesAndIsGone) {
-    writeSettings({{"colorLiftScale", 3.0}, {"colorAnimDuration", 0.4}});
+    writeSettings({{"colorLiftScale", 3.0}, {"colorAnimDuration", 0.5}});
     launch();
     canvas().skv_handleTouch(1, {100, 200});
     play(0.2);
     canvas().skv_liftTouch(1);
     EXPECT_EQ(liveMarkers(), 0U);
     ASSERT_EQ(scene().generations().size(), 1U);
-    const MachTime end = loop.mach_absolute_time() + 400'000'000;
+    const MachTime end = loop.mach_absolute_time() + 500'000'000;
     EXPECT_EQ(generation(0).scale.valueAt(end), 3.0);
     EXPECT_EQ(generation(0).opacity.valueAt(end), 0.0);
-    EXPECT_NEAR(generation(0).opacity.valueAt(end - 200'000'000), 0.5, 1e-6);
-    play(0.35);
+    EXPECT_NEAR(generation(0).opacity.valueAt(end - 250'000'000), 0.5, 1e-6);
+    play(0.45);
     EXPECT_EQ(scene().generations().size(), 1U);
     play(0.1);
     EXPECT_EQ(scene().generations().size(), 0U);

@@ -159,21 +159,31 @@ TEST_F(PropertyListFile, NestingInABinaryFileCannotExhaustTheStack) {
     std::string bytes = "bplist00";
     std::string offsets;
     const auto big = [](unsigned value) {
-        return std::string{static_cast<char>(value >> 8U), static_cast<char>(value & 0xffU)};
+        std::string text(2, static_cast<char>(value >> 8U));
+        text[1] = static_cast<char>(value & 0xffU);
+        return text;
     };
     const auto object = [&](const std::string& data) {
         offsets += big(static_cast<unsigned>(bytes.size()));
         bytes += data;
     };
-    object("\xd1" + big(1) + big(2));
+    std::string dictionary("\xd1");
+    dictionary += big(1);
+    dictionary += big(2);
+    object(dictionary);
     object("\x51" "a");
-    for (int i = 0; i < kArrays; ++i) object("\xa1" + big(static_cast<unsigned>(i + 3)));
+    for (int i = 0; i < kArrays; ++i) {
+        std::string array("\xa1");
+        array += big(static_cast<unsigned>(i + 3));
+        object(array);
+    }
     object("\x09");
     const auto table = static_cast<unsigned>(bytes.size());
     bytes += offsets;
-    bytes += std::string(6, '\0') + '\2' + '\2';
-    const auto wide = [&](unsigned value) { return std::string(6, '\0') + big(value); };
-    bytes += wide(kArrays + 3) + wide(0) + wide(table);
+    bytes.append(6, '\0').append(2, '\2');
+    for (const unsigned value : {static_cast<unsigned>(kArrays + 3), 0U, table}) {
+        bytes.append(6, '\0').append(big(value));
+    }
     const auto parsed = lists.parse(bytes);
     if (parsed) {
         EXPECT_EQ(parsed->size(), 1U);
