@@ -84,15 +84,29 @@ void areaUpdated(GdkPixbufLoader*, int, int y, int, int height, gpointer data) {
     for (int row = y; row < y + height; ++row) loading.rows.insert(row);
 }
 
+// What a file in RIFF (such as WebP) says of its own length, 0 for others. The decoder of these
+// does not mind when the rest is missing.
+std::int64_t announcedBytes(std::string_view start) {
+    if (start.size() < 8 || start.substr(0, 4) != "RIFF") return 0;
+    std::int64_t length = 8;
+    for (std::size_t byte = 0; byte < 4; ++byte)
+        length += std::int64_t{static_cast<unsigned char>(start[4 + byte])} << (8 * byte);
+    return length;
+}
+
 bool feed(GdkPixbufLoader* loader, int descriptor, const Loading& loading) {
     std::array<guchar, 65536> bytes;
-    for (;;) {
+    std::int64_t announced = 0;
+    for (std::int64_t total = 0;;) {
         const ssize_t count = read(descriptor, bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return false;
-        if (count == 0) return true;
-        if (!gdk_pixbuf_loader_write(loader, bytes.data(), static_cast<gsize>(count), nullptr) ||
-            loading.refused)
+        if (count == 0) return total >= announced;
+        const auto length = static_cast<std::size_t>(count);
+        if (total == 0)
+            announced = announcedBytes({reinterpret_cast<const char*>(bytes.data()), length});
+        total += count;
+        if (!gdk_pixbuf_loader_write(loader, bytes.data(), length, nullptr) || loading.refused)
             return false;
     }
 }

@@ -48,6 +48,16 @@ TEST_F(RasterTest, TruncatedFilesHaveNoPicture) {
     }
 }
 
+TEST_F(RasterTest, TruncatedWebpHasNoPicture) {
+    ASSERT_TRUE(saveDrawing(drawDiscAndBar, 200, 200, pathOf("whole.png"), "png"));
+    if (!convert(pathOf("whole.png"), pathOf("whole.webp")))
+        GTEST_SKIP() << "no program here writes webp files";
+    EXPECT_TRUE(image(pathOf("whole.webp"), 64));
+    const std::string whole = readFile(pathOf("whole.webp"));
+    for (const std::size_t length : {whole.size() - 2, whole.size() / 2, std::size_t{60}})
+        EXPECT_FALSE(image(writeFile("part", whole.substr(0, length)), 64)) << length;
+}
+
 TEST_F(RasterTest, TruncatedJpegShowsItsBeginning) {
     ASSERT_TRUE(saveDrawing(drawQuarters, 200, 200, pathOf("whole"), "jpeg"));
     const std::string whole = readFile(pathOf("whole"));

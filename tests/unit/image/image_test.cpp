@@ -146,7 +146,7 @@ TEST_F(RasterTest, SmallImagesGrowToTheBox) {
 }
 
 TEST_F(RasterTest, OnePixelAndOnePixelBox) {
-    ASSERT_TRUE(saveDrawing(drawDiscAndBarOnWhite, 1, 1, pathOf("one.png"), "png"));
+    ASSERT_TRUE(saveDrawing(drawGreyDiscAndBar, 1, 1, pathOf("one.png"), "png"));
     const Answer large = image(pathOf("one.png"), 7);
     ASSERT_TRUE(large);
     EXPECT_EQ(inkOf(*large, 255), (PixelRect{0, 0, 7, 7}));
@@ -158,7 +158,7 @@ TEST_F(RasterTest, OnePixelAndOnePixelBox) {
 
 // A side never vanishes.
 TEST_F(RasterTest, ExtremeAspectKeepsOnePixel) {
-    ASSERT_TRUE(saveDrawing(drawDiscAndBarOnWhite, 5000, 1, pathOf("line.png"), "png"));
+    ASSERT_TRUE(saveDrawing(drawGreyDiscAndBar, 5000, 1, pathOf("line.png"), "png"));
     const Answer answer = image(pathOf("line.png"), 100);
     ASSERT_TRUE(answer);
     const PixelRect ink = inkOf(*answer);
@@ -178,12 +178,11 @@ TEST_F(RasterTest, ReducedImagesAreTheMeanOfTheirAreas) {
 }
 
 TEST_F(RasterTest, ReducedJpegIsTheMeanOfItsAreas) {
-    ASSERT_TRUE(saveDrawing(drawDiscAndBarOnWhite, 1600, 1600, pathOf("a.jpeg"), "jpeg"));
+    ASSERT_TRUE(saveDrawing(drawGreyDiscAndBar, 1600, 1600, pathOf("a.jpeg"), "jpeg"));
     for (const int box : {800, 400, 173, 96, 40}) {
         const Answer answer = image(pathOf("a.jpeg"), box);
         ASSERT_TRUE(answer);
-        const double error =
-            meanErrorAtEdges(*answer, drawReference(drawDiscAndBarOnWhite, box, box));
+        const double error = meanErrorAtEdges(*answer, drawReference(drawGreyDiscAndBar, box, box));
         RecordProperty("jpeg_" + std::to_string(box), std::to_string(error));
         EXPECT_LE(error, 2) << box;
     }

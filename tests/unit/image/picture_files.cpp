@@ -81,6 +81,16 @@ std::string deflatedRows(int rows, std::size_t length) {
     return result;
 }
 
+void disc(cairo_t* cairo) {
+    cairo_arc(cairo, 0.5, 0.5, 0.45, 0, 2 * M_PI);
+}
+
+void bar(cairo_t* cairo) {
+    cairo_move_to(cairo, 0.1, 0.2);
+    cairo_line_to(cairo, 0.95, 0.77);
+    cairo_set_line_width(cairo, 0.08);
+}
+
 void rectangle(cairo_t* cairo, double x, double y, double size, double r, double g, double b) {
     cairo_set_source_rgb(cairo, r, g, b);
     cairo_rectangle(cairo, x, y, size, size);
@@ -129,20 +139,23 @@ void drawQuarters(cairo_t* cairo) {
 }
 
 void drawDiscAndBar(cairo_t* cairo) {
-    cairo_arc(cairo, 0.5, 0.5, 0.45, 0, 2 * M_PI);
+    disc(cairo);
     cairo_set_source_rgb(cairo, 0.9, 0.2, 0.1);
     cairo_fill(cairo);
-    cairo_move_to(cairo, 0.1, 0.2);
-    cairo_line_to(cairo, 0.95, 0.77);
-    cairo_set_line_width(cairo, 0.08);
+    bar(cairo);
     cairo_set_source_rgba(cairo, 0.1, 0.4, 0.9, 0.6);
     cairo_stroke(cairo);
 }
 
-void drawDiscAndBarOnWhite(cairo_t* cairo) {
+void drawGreyDiscAndBar(cairo_t* cairo) {
     cairo_set_source_rgb(cairo, 1, 1, 1);
     cairo_paint(cairo);
-    drawDiscAndBar(cairo);
+    disc(cairo);
+    cairo_set_source_rgb(cairo, 0.3, 0.3, 0.3);
+    cairo_fill(cairo);
+    bar(cairo);
+    cairo_set_source_rgb(cairo, 0.8, 0.8, 0.8);
+    cairo_stroke(cairo);
 }
 
 std::string withOrientation(const std::string& jpeg, int orientation) {

@@ -25,8 +25,9 @@ bool saveDrawing(const Drawing& drawing, int width, int height, const std::strin
 void drawQuarters(cairo_t* cairo);
 // A disc with a slanted bar through it, colours and transparency, many edge directions.
 void drawDiscAndBar(cairo_t* cairo);
-// The same on opaque white.
-void drawDiscAndBarOnWhite(cairo_t* cairo);
+// The same shapes opaque and in greys, for a format that has no transparency and keeps colours at
+// half the resolution.
+void drawGreyDiscAndBar(cairo_t* cairo);
 
 // The JPEG file with its orientation, 1 to 8, noted in an EXIF segment.
 std::string withOrientation(const std::string& jpeg, int orientation);
