@@ -96,6 +96,41 @@ TEST_F(RasterTest, GarbageHasNoPicture) {
     EXPECT_FALSE(image(writeFile("empty.png", ""), 64));
 }
 
+TEST_F(RasterTest, MonstrousSvgHasOneOutcome) {
+    std::string laughs = "<!DOCTYPE svg [<!ENTITY a0 \"ha\">";
+    for (int level = 1; level < 30; ++level) {
+        const std::string inner = "&a" + std::to_string(level - 1) + ";";
+        laughs += "<!ENTITY a" + std::to_string(level) + " \"" + inner + inner + inner + "\">";
+    }
+    const std::string svg = "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'>";
+    EXPECT_FALSE(
+        image(writeFile("laughs.svg", laughs + "]>" + svg + "<text>&a29;</text></svg>"), 64));
+    std::string deep = svg;
+    for (int level = 0; level < 100'000; ++level) deep += "<g>";
+    EXPECT_FALSE(image(writeFile("deep.svg", deep), 64));
+    const Answer wide =
+        image(writeFile("wide.svg",
+                        "<svg xmlns='http://www.w3.org/2000/svg' width='100000' "
+                        "height='50000'><rect width='100000' height='50000'/></svg>"),
+              64);
+    ASSERT_TRUE(wide);
+    EXPECT_EQ(inkOf(*wide, 255), (PixelRect{0, 16, 64, 32}));
+}
+
+// Neither a file nor the network is looked into for what the picture refers to.
+TEST_F(RasterTest, SvgSeesNoOtherFile) {
+    ASSERT_TRUE(saveDrawing(drawQuarters, 20, 20, pathOf("a.png"), "png"));
+    chmod(directory_.c_str(), 0755);
+    const Answer answer =
+        image(writeFile("a.svg",
+                        "<svg xmlns='http://www.w3.org/2000/svg' width='20' height='20'>"
+                        "<image width='20' height='20' href='file://" +
+                            pathOf("a.png") + "'/></svg>"),
+              20);
+    ASSERT_TRUE(answer);
+    EXPECT_TRUE(inkOf(*answer).empty());
+}
+
 TEST_F(RasterTest, OnlyRegularFilesAreRead) {
     EXPECT_FALSE(image(directory_, 64));
     EXPECT_FALSE(image(pathOf("missing.png"), 64));

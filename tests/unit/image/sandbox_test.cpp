@@ -1,10 +1,17 @@
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/image/sandbox.h"
 #include "platform/linux/posix/child_process.h"
@@ -89,6 +96,63 @@ TEST_F(SandboxTest, IdentityOfRootIsDropped) {
     if (!isRoot()) GTEST_SKIP() << "only root has an identity to drop";
     const std::string id = std::to_string(kSandboxUser) + " ";
     expectDone("identity", id + id + id + id + id + id + "0 ");
+}
+
+// The real program, locked in and waiting for the first byte of an image.
+class WaitingRaster {
+  public:
+    WaitingRaster() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) return;
+        readEnd_.reset(ends[0]);
+        writeEnd_.reset(ends[1]);
+        ChildDescription description;
+        description.arguments = {SKAVLO_RASTER, "image", "64"};
+        description.descriptors = {{STDIN_FILENO, readEnd_.get()}};
+        auto child = spawnChild(description);
+        if (!child) return;
+        child_.emplace(std::move(*child));
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (!has("Seccomp:\t2") && std::chrono::steady_clock::now() < deadline)
+            status_ = read("status");
+    }
+    [[nodiscard]] std::string read(const std::string& name) const {
+        return readFile("/proc/" + std::to_string(pid()) + "/" + name);
+    }
+    [[nodiscard]] bool has(const std::string& line) const {
+        return status_.find("\n" + line + "\n") != std::string::npos;
+    }
+    [[nodiscard]] pid_t pid() const { return child_ ? child_->pid() : 0; }
+
+  private:
+    UniqueDescriptor readEnd_;
+    UniqueDescriptor writeEnd_;
+    std::optional<ChildProcess> child_;
+    std::string status_;
+};
+
+TEST_F(SandboxTest, ProgramIsLockedInBeforeItsInput) {
+    const WaitingRaster raster;
+    EXPECT_TRUE(raster.has("Seccomp:\t2"));
+    EXPECT_TRUE(raster.has("NoNewPrivs:\t1"));
+    EXPECT_TRUE(raster.has("CapPrm:\t0000000000000000"));
+    const std::string user = std::to_string(isRoot() ? kSandboxUser : getuid());
+    EXPECT_TRUE(raster.has("Uid:\t" + user + "\t" + user + "\t" + user + "\t" + user));
+}
+
+TEST_F(SandboxTest, PriorityAndMemoryProtectionAreNotInherited) {
+    if (!isRoot()) GTEST_SKIP() << "only root can have a raised priority to hand down";
+    const std::string score = readFile("/proc/self/oom_score_adj");
+    std::ofstream("/proc/self/oom_score_adj") << -500;
+    const bool raised = setpriority(PRIO_PROCESS, 0, -5) == 0;
+    const WaitingRaster raster;
+    const int priority = getpriority(PRIO_PROCESS, static_cast<id_t>(raster.pid()));
+    const std::string childScore = raster.read("oom_score_adj");
+    setpriority(PRIO_PROCESS, 0, 0);
+    std::ofstream("/proc/self/oom_score_adj") << score;
+    ASSERT_TRUE(raised);
+    EXPECT_EQ(priority, 0);
+    EXPECT_EQ(childScore, "500\n");
 }
 
 TEST_F(SandboxTest, OpenForWritingIsDenied) {
