@@ -16,7 +16,8 @@ struct Picture {
 
 // The first image of the file open as `descriptor`, upright, as large as fits into a square of
 // `box` pixels at its own aspect; each side is at least one pixel. None when it is no image of a
-// known kind, is damaged or cut off, or has more than kMaximumImagePixels.
+// known kind, is damaged or cut off, or has more than kMaximumImagePixels. Of a JPEG or interlaced
+// PNG file that is cut off there is what was decoded, the rest grey or blurred, as everywhere.
 [[nodiscard]] std::optional<Picture> decodeImage(int descriptor, int box);
 
 inline constexpr std::int64_t kMaximumImagePixels = 100'000'000;

@@ -18,10 +18,12 @@ namespace {
 // Enough for the decoders' recursion; the C library gives each thread as much address space.
 constexpr rlim_t kStackBytes = 2 * 1024 * 1024;
 
-// No home: the child reads the system's fonts and configuration and leaves no cache behind.
+// No home: the child reads the system's fonts and configuration and leaves no cache behind. The
+// languages choose among the shapes that scripts share; otherwise the text itself decides.
 const std::vector<std::string>& childEnvironment() {
-    static const std::vector<std::string> environment{
-        "LANG=C.UTF-8", "HOME=/nonexistent", "XDG_CACHE_HOME=/nonexistent", "GIO_USE_VFS=local"};
+    static const std::vector<std::string> environment{"LANG=C.UTF-8", "PANGO_LANGUAGE=en:zh-cn",
+                                                      "HOME=/nonexistent",
+                                                      "XDG_CACHE_HOME=/nonexistent"};
     return environment;
 }
 

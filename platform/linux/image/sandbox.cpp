@@ -1,7 +1,9 @@
 #include "platform/linux/image/sandbox.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <grp.h>
+#include <sched.h>
 #include <signal.h>
 #include <string.h>
 #include <sys/prctl.h>
@@ -39,6 +41,20 @@ Error systemError(const char* call) {
     return Error{std::string(call) + ": " + strerror(errno)};
 }
 
+// The parent may run ahead of everything and be spared when memory is short; this process must
+// neither compete with it nor be spared instead of it.
+std::optional<Error> standBack() {
+    const sched_param none{};
+    if (sched_setscheduler(0, SCHED_OTHER, &none) != 0) return systemError("scheduler");
+    if (getpriority(PRIO_PROCESS, 0) < 0 && setpriority(PRIO_PROCESS, 0, 0) != 0)
+        return systemError("priority");
+    // Best effort: some system may have chosen a higher score, which cannot be lowered.
+    const int score = open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
+    [[maybe_unused]] const bool written = score >= 0 && write(score, "500", 3) == 3;
+    if (score >= 0) close(score);
+    return std::nullopt;
+}
+
 std::optional<Error> dropRoot() {
     if (getuid() != 0 && geteuid() != 0) return std::nullopt;
     if (setgroups(0, nullptr) != 0) return systemError("setgroups");
@@ -70,7 +86,8 @@ std::optional<Error> setProcessAttributes() {
 }  // namespace
 
 std::optional<Error> enterSandbox() {
-    for (const auto step : {setLimits, dropRoot, setProcessAttributes, filterSystemCalls})
+    for (const auto step :
+         {standBack, setLimits, dropRoot, setProcessAttributes, filterSystemCalls})
         if (auto error = step()) return error;
     return std::nullopt;
 }

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <string.h>
-#include <sys/pidfd.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -162,7 +161,8 @@ Result<ChildProcess> spawnChild(const ChildDescription& description) {
         return systemError(std::string(plan.failedCall) + " " + description.arguments[0],
                            plan.failedErrno);
     }
-    UniqueDescriptor pidfd(pidfd_open(pid, 0));
+    // Not through the C library: its header of Debian 12 declares it without C linkage.
+    UniqueDescriptor pidfd(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     if (!pidfd) {
         const int error = errno;
         ::kill(pid, SIGKILL);
