@@ -77,7 +77,7 @@ void X11Window::create() {
 
 void X11Window::describe() {
     auto* c = connection_.get();
-    constexpr char kClass[] = "skavlo\0Skavlo";
+    constexpr char kClass[] = "skavlo\0skavlo";
     xcb_change_property(c, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                         sizeof kClass, kClass);
     const auto set = [&](const char* name, xcb_atom_t type, std::uint32_t value) {
