@@ -23,7 +23,7 @@ constexpr int kHeight = 1000;
 class LibinputTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (!umockdev_in_mock_environment()) GTEST_SKIP() << "not run under umockdev-wrapper";
+        ASSERT_TRUE(umockdev_in_mock_environment()) << "runs under umockdev-wrapper only";
         layout.outputs.push_back({.name = "eDP-1", .rect = {0, 0, kWidth, kHeight}});
         layout.desktop = {kWidth, kHeight};
     }
