@@ -47,12 +47,11 @@ struct SpriteAxis {
     int side = 1;       // of the picture, in texels
 
     [[nodiscard]] double ratio() const { return side / length; }
-    [[nodiscard]] Taps at(int pixel) const {
-        const double begin = (pixel - origin) * ratio();
-        if (ratio() >= 1) return areaTaps(begin, ratio(), side);
+    [[nodiscard]] Taps linear(int pixel) const {
         const double covered =
             std::min(pixel + 1.0, origin + length) - std::max(double(pixel), origin);
-        return linearTaps(begin + ratio() / 2, std::clamp(covered, 0.0, 1.0), side);
+        const double centre = (pixel + 0.5 - origin) * ratio();
+        return linearTaps(centre, std::clamp(covered, 0.0, 1.0), side);
     }
 };
 
