@@ -43,8 +43,8 @@ std::string screenSections(const std::vector<PixelSize>& sizes) {
          << "  HorizSync 1-5000\n  VertRefresh 1-1000\n"
          << modes << "EndSection\nSection \"Screen\"\n  Identifier \"screen\"\n"
          << "  Device \"dummy\"\n  Monitor \"monitor\"\n  DefaultDepth 24\n"
-         << "  SubSection \"Display\"\n    Depth 24\n    Modes" << names << "\n    Virtual "
-         << sizes.front().width << ' ' << sizes.front().height << "\n  EndSubSection\nEndSection\n";
+         << "  SubSection \"Display\"\n    Depth 24\n    Modes" << names
+         << "\n  EndSubSection\nEndSection\n";
     return text.str();
 }
 
