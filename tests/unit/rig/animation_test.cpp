@@ -51,7 +51,7 @@ std::string written(const Animation& animation) {
     const auto error = animation.write(path);
     EXPECT_FALSE(error) << error->message;
     std::ifstream file(path, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    std::string bytes((std::istreambuf_iterator<char>(file)), {});
     std::remove(path.c_str());
     return bytes;
 }
