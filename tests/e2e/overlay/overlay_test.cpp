@@ -10,7 +10,7 @@
 #include <filesystem>
 
 #include "platform/linux/notify/socket_notifications.h"
-#include "tests/e2e/overlay_rig.h"
+#include "tests/e2e/overlay/overlay_rig.h"
 
 namespace skavlo {
 namespace {

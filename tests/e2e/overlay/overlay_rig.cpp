@@ -1,4 +1,4 @@
-#include "tests/e2e/overlay_rig.h"
+#include "tests/e2e/overlay/overlay_rig.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

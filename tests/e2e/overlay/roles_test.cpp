@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/e2e/overlay_rig.h"
+#include "tests/e2e/overlay/overlay_rig.h"
 
 namespace skavlo {
 namespace {
