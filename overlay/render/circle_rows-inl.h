@@ -21,33 +21,38 @@ namespace {
 
 constexpr int kRowsAtOnce = 64;
 constexpr int kLinesPerRow = 8;
-#ifndef XR
-#define XR 6.0F
-#endif
-#ifndef XK
-#define XK 0.05F
-#endif
-constexpr float kSmallRadius = XR;
+// Below this radius edges bend too much within a pixel to be taken for straight.
+constexpr float kSmallRadius = 4.0F;
 // Half the diagonal of a pixel and a little: no edge that far from a centre touches the pixel.
 constexpr float kReach = 0.72F;
-// Rows beyond this part of a radius are flat: their edge's normal varies from pixel to pixel.
-constexpr float kFlat = 0.9F;
 // Least component of a normal, so that upright and level edges need no case of their own.
-constexpr float kLeastComponent = 0.02F;
+constexpr float kLeastComponent = 0.015F;
 // From this width on, the rim has runs that are worth a constant colour.
 constexpr float kWideRim = 12.0F;
+// Kept clear of runs, more than rounding could matter.
+constexpr float kSlack = 0.01F;
+// Beyond this, distances in a row are no longer counted in integers.
+constexpr float kFarAway = 65536.0F;
+constexpr int kPixelBits = 13;  // of the fraction of such distances
+constexpr float kUnitsPerPixel = 1 << kPixelBits;
 
 struct Circle {
     float x, y, radius, innerRadius;
 };
 
-// See circles.cpp for the terms; slope is 65535 / m and bend 65535 / (2mn).
+// One edge as circles.cpp computes with it, in 1/8192 pixels and 16-bit factors.
 struct EdgeRows {
-    HWY_ALIGN float sum[kRowsAtOnce];
-    HWY_ALIGN float diff[kRowsAtOnce];
-    HWY_ALIGN float slope[kRowsAtOnce];
-    HWY_ALIGN float bend[kRowsAtOnce];
+    HWY_ALIGN std::int32_t reach[kRowsAtOnce];  // mean distance from the middle to the edge
     HWY_ALIGN float halfChords[kRowsAtOnce * kLinesPerRow];
+};
+
+// The same for both edges at once: the outer in the low half of a word, the inner in the high one.
+struct EdgePairs {
+    HWY_ALIGN std::uint32_t sum[kRowsAtOnce];
+    HWY_ALIGN std::uint32_t diff[kRowsAtOnce];
+    HWY_ALIGN std::uint32_t slope[kRowsAtOnce];
+    HWY_ALIGN std::uint32_t power[kRowsAtOnce];
+    HWY_ALIGN std::uint32_t bend[kRowsAtOnce];
 };
 
 class CircleRows {
@@ -71,6 +76,7 @@ class CircleRows {
     HWY_ALIGN std::int32_t rightRimBegin[kRowsAtOnce];
     HWY_ALIGN std::int32_t rightRimEnd[kRowsAtOnce];
     EdgeRows outer, inner;
+    EdgePairs edges;
 
     // Sets the first row that is both of the circle and of the clip; returns the row behind the
     // last one.
@@ -97,29 +103,41 @@ class CircleRows {
     // Within a pixel the edge curves away from its tangent, by a mean of about 1/20 of a pixel
     // over the radius.
     [[nodiscard]] static HWY_INLINE float tangentRadius(float radius) {
-        return radius - XK / radius;
+        return radius - 0.05F / radius;
     }
 
     [[nodiscard]] HWY_INLINE bool small() const {
-        return circle.radius < kSmallRadius ||
-               (hasInner() && circle.innerRadius < kSmallRadius);
+        return circle.radius < kSmallRadius || (hasInner() && circle.innerRadius < kSmallRadius);
     }
 
     HWY_INLINE void computeTangents() {
+        const bool far = circle.radius > kFarAway || std::fabs(circle.x) > kFarAway;
         for (int row = 0; row < count; row += kLanes) {
             const VF dy = heights(row);
             const VF square = hn::Mul(dy, dy);
             hn::Store(square, kFloats, dySquared + row);
             computeExtent(row, dy);
-            computeMiddle(row, dy, square);
-            computeFlat(row, dy);
-            if (wideRim) computeRims(row, square);
-            computeNormals(row, dy, circle.radius, outer);
-            if (hasInner()) {
-                computeNormals(row, dy, circle.innerRadius, inner);
-            } else {
-                noInner(row);
-            }
+            const auto missed =
+                hn::Ge(square, squared(hasInner() ? circle.innerRadius + kReach : 0));
+            const RowEdge whole = rowEdge(circle.radius, hn::Abs(dy), square);
+            // Rows that miss the inside get an upright edge, which covers nothing from far away.
+            const RowEdge inside =
+                rowEdge(circle.innerRadius, hn::IfThenZeroElse(missed, hn::Abs(dy)),
+                        hn::IfThenZeroElse(missed, square));
+            const auto isFlat = hn::Or(whole.flat, hn::AndNot(missed, inside.flat));
+            const auto flatInt =
+                far ? hn::Set(kInts, -1) : hn::VecFromMask(kInts, hn::RebindMask(kInts, isFlat));
+            hn::Store(flatInt, kInts, flat + row);
+            hn::Store(whole.reach, kInts, outer.reach + row);
+            hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed),
+                                     hn::Set(kInts, std::int32_t{-1} << 29), inside.reach),
+                      kInts, inner.reach + row);
+            storePair(whole.sum, inside.sum, edges.sum + row);
+            storePair(whole.diff, inside.diff, edges.diff + row);
+            storePair(whole.slope, inside.slope, edges.slope + row);
+            storePair(whole.power, inside.power, edges.power + row);
+            storePair(whole.bend, inside.bend, edges.bend + row);
+            computeRuns(row, whole, inside, missed);
         }
     }
 
@@ -137,13 +155,11 @@ class CircleRows {
     }
 
   private:
-    static constexpr hn::RebindToSigned<decltype(kFloats)> kInts{};
     using VI = hn::Vec<decltype(kInts)>;
 
     // Of the rows' centres below the circle's.
     HWY_INLINE VF heights(int row) const {
-        return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F),
-                       hn::Set(kFloats, circle.y));
+        return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F), hn::Set(kFloats, circle.y));
     }
 
     // A column, held to the clip before it becomes an integer.
@@ -170,72 +186,92 @@ class CircleRows {
         hn::Store(column(hn::Ceil(hn::Add(x, half))), kInts, end + row);
     }
 
-    HWY_INLINE void computeMiddle(int row, VF dy, VF square) {
-        const float reached = hasInner() ? circle.innerRadius + kReach : 0;
-        const auto missed = hn::Ge(hn::Abs(dy), hn::Set(kFloats, reached));
-        const VF limit = hn::IfThenElse(missed, solidRadius(circle.radius),
-                                        solidRadius(circle.innerRadius));
-        const VF left = hn::NegMulAdd(limit, limit, square);  // negative inside
-        const auto some = hn::Lt(left, hn::Zero(kFloats));
-        const VF half = hn::Sqrt(hn::IfThenElseZero(some, hn::Neg(left)));
-        const auto any = hn::RebindMask(kInts, some);
-        const VI none = hn::Load(kInts, end + row);
-        hn::Store(hn::IfThenElse(any, firstWithin(half), none), kInts, middleBegin + row);
-        hn::Store(hn::IfThenElse(any, endWithin(half), none), kInts, middleEnd + row);
-        hn::Store(hn::VecFromMask(kInts, hn::RebindMask(kInts, missed)), kInts,
-                  middleIsRim + row);
+    using Mask = hn::Mask<decltype(kFloats)>;
+
+    static HWY_INLINE VF squared(float v) { return hn::Set(kFloats, v * v); }
+
+    struct RowEdge {
+        VF solid;  // pixel centres no further from the middle are wholly covered
+        VF clear;  // pixel centres further from the middle are not covered
+        Mask flat;
+        VI reach, sum, diff, slope, power, bend;
+    };
+
+    static HWY_INLINE VI units(VF pixels) {
+        return hn::ConvertTo(kInts, hn::Mul(pixels, hn::Set(kFloats, kUnitsPerPixel)));
     }
 
-    static HWY_INLINE VF solidRadius(float radius) {
-        return hn::Set(kFloats, std::max(radius - kReach, 0.0F));
-    }
-
-    HWY_INLINE void computeRims(int row, VF square) {
-        const VF outside = solidRadius(circle.radius);
-        const VF clear = hn::Set(kFloats, circle.innerRadius + kReach);
-        const VF far = hn::Sqrt(hn::ZeroIfNegative(hn::MulSub(outside, outside, square)));
-        const VF near = hn::Sqrt(hn::ZeroIfNegative(hn::MulSub(clear, clear, square)));
-        // Rows that miss the inside have one run, the middle: none to the left or right of it.
-        const VI middle = hn::Load(kInts, middleBegin + row);
-        const VI behind = hn::Load(kInts, middleEnd + row);
-        hn::Store(hn::Min(firstWithin(far), middle), kInts, leftRimBegin + row);
-        hn::Store(hn::Min(endWithin(hn::Neg(near)), middle), kInts, leftRimEnd + row);
-        hn::Store(hn::Max(firstWithin(hn::Neg(near)), behind), kInts, rightRimBegin + row);
-        hn::Store(endWithin(far), kInts, rightRimEnd + row);
-    }
-
-    HWY_INLINE void computeNormals(int row, VF dy, float radius, EdgeRows& edge) const {
+    // Over the height of a row the edge of a disc is about a straight line: it runs w = dy / h
+    // across, h being the half chord in the row's middle, and its mean distance from the middle is
+    // h - r^2 / (24 h^3), the second derivative's share.
+    static HWY_INLINE RowEdge rowEdge(float radius, VF height, VF square) {
         const VF one = hn::Set(kFloats, 1.0F);
         const VF half = hn::Set(kFloats, 0.5F);
-        const VF sine = hn::Min(hn::Mul(hn::Abs(dy), hn::Set(kFloats, 1 / radius)), one);
-        const VF cosine = hn::Sqrt(hn::NegMulAdd(sine, sine, one));
-        const VF m = hn::Max(sine, cosine);
-        const VF n = hn::Max(hn::Min(sine, cosine), hn::Set(kFloats, kLeastComponent));
-        const VF slope = hn::Div(hn::Set(kFloats, 65535.0F), m);
-        hn::Store(hn::Mul(half, hn::Add(m, n)), kFloats, edge.sum + row);
-        hn::Store(hn::Mul(half, hn::Sub(m, n)), kFloats, edge.diff + row);
-        hn::Store(slope, kFloats, edge.slope + row);
-        hn::Store(hn::Div(hn::Mul(half, slope), n), kFloats, edge.bend + row);
+        const float least = 2 + radius / 6;
+        const VF squareOfChord = hn::Sub(squared(radius), square);
+        RowEdge edge;
+        edge.flat = hn::Lt(squareOfChord, squared(least));
+        const VF chord = hn::Sqrt(hn::Max(squareOfChord, one));
+        const VF inverse = hn::Div(one, chord);
+        const VF across = hn::Mul(height, inverse);
+        const VF bulge = hn::Mul(hn::Mul(inverse, inverse), hn::Mul(inverse, squared(radius)));
+        const VF mean = hn::NegMulAdd(bulge, hn::Set(kFloats, 1.0F / 24), chord);
+        const VF m = hn::Max(across, one);
+        const VF n = hn::Max(hn::Min(across, one), hn::Set(kFloats, kLeastComponent));
+        const VF sum = hn::Mul(half, hn::Add(m, n));
+        edge.solid = hn::Sub(mean, sum);
+        edge.clear = hn::Add(mean, sum);
+        edge.reach = units(mean);
+        edge.sum = units(sum);
+        edge.diff = units(hn::Mul(half, hn::Sub(m, n)));
+        bends(edge, m);
+        return edge;
     }
 
-    HWY_INLINE void computeFlat(int row, VF dy) {
-        const VF height = hn::Abs(dy);
-        const auto beyond = [height](float limit) HWY_ATTR {
-            return hn::Gt(height, hn::Set(kFloats, limit));
-        };
-        const auto outerFlat = beyond(kFlat * circle.radius);
-        const auto innerFlat = hn::AndNot(beyond(coveringInnerRadius() + kReach),
-                                          beyond(kFlat * circle.innerRadius));
-        const auto any = hn::RebindMask(kInts, hn::Or(outerFlat, innerFlat));
-        hn::Store(hn::VecFromMask(kInts, any), kInts, flat + row);
+    // z is scaled by a power of two to use all 16 bits before it is squared. The bend is made a
+    // trifle too weak, so that rounding never keeps a covered pixel from being wholly covered.
+    static HWY_INLINE void bends(RowEdge& edge, VF m) {
+        const VF inverse = hn::Div(hn::Set(kFloats, 1.0F), m);
+        edge.slope = hn::ConvertTo(kInts, hn::Mul(inverse, hn::Set(kFloats, 65535.0F)));
+        const VF n = hn::ConvertTo(kFloats, hn::Sub(edge.sum, edge.diff));
+        const VI exponent = hn::ShiftRight<23>(hn::BitCast(kInts, n));
+        const VI power = hn::ShiftLeft<23>(hn::Sub(hn::Set(kInts, 15 + 127 + 127), exponent));
+        edge.power = hn::ConvertTo(kInts, hn::BitCast(kFloats, power));
+        const VF most = hn::Mul(n, hn::BitCast(kFloats, power));
+        const VF bend =
+            hn::MulSub(hn::Mul(n, inverse), hn::Set(kFloats, 0.5F), hn::Set(kFloats, 4.0F));
+        const VF full = hn::Set(kFloats, 65536.0F * 65536.0F);
+        edge.bend = hn::ConvertTo(
+            kInts, hn::Div(hn::Mul(hn::ZeroIfNegative(bend), full), hn::Mul(most, most)));
     }
 
-    // An upright edge; its radius of -1 keeps it from covering anything.
-    HWY_INLINE void noInner(int row) {
-        hn::Store(hn::Set(kFloats, 0.5F), kFloats, inner.sum + row);
-        hn::Store(hn::Set(kFloats, 0.5F), kFloats, inner.diff + row);
-        hn::Store(hn::Set(kFloats, 65535.0F), kFloats, inner.slope + row);
-        hn::Store(hn::Zero(kFloats), kFloats, inner.bend + row);
+    static HWY_INLINE void storePair(VI low, VI high, std::uint32_t* to) {
+        hn::Store(hn::BitCast(kPixels, hn::Or(low, hn::ShiftLeft<16>(high))), kPixels, to);
+    }
+
+    HWY_INLINE void computeRuns(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
+        const VI none = hn::Load(kInts, end + row);
+        const auto flatRow = hn::Ne(hn::Load(kInts, flat + row), hn::Zero(kInts));
+        const VF half =
+            hn::Sub(hn::IfThenElse(missed, whole.solid, inside.solid), hn::Set(kFloats, kSlack));
+        const VI first = hn::IfThenElse(flatRow, none, firstWithin(half));
+        const VI behind = hn::Max(first, hn::IfThenElse(flatRow, none, endWithin(half)));
+        hn::Store(first, kInts, middleBegin + row);
+        hn::Store(behind, kInts, middleEnd + row);
+        hn::Store(hn::VecFromMask(kInts, hn::RebindMask(kInts, missed)), kInts, middleIsRim + row);
+        if (!wideRim) return;
+        // Rows that miss the inside have one run, the middle: none to the left or right of it.
+        const VF far = hn::Sub(whole.solid, hn::Set(kFloats, kSlack));
+        const VF near = hn::Neg(hn::Add(inside.clear, hn::Set(kFloats, kSlack)));
+        const auto rim = hn::Or(flatRow, hn::RebindMask(kInts, missed));
+        hn::Store(hn::IfThenElse(rim, first, hn::Min(firstWithin(far), first)), kInts,
+                  leftRimBegin + row);
+        hn::Store(hn::IfThenElse(rim, first, hn::Min(endWithin(near), first)), kInts,
+                  leftRimEnd + row);
+        hn::Store(hn::IfThenElse(rim, behind, hn::Max(firstWithin(near), behind)), kInts,
+                  rightRimBegin + row);
+        hn::Store(hn::IfThenElse(rim, behind, hn::Max(endWithin(far), behind)), kInts,
+                  rightRimEnd + row);
     }
 
     HWY_INLINE void computeHalfChords(float radius, EdgeRows& edge) const {
@@ -243,8 +279,7 @@ class CircleRows {
         const VF step = hn::Set(kFloats, 1.0F / kLinesPerRow);
         const float first = float(firstRow) + 0.5F / kLinesPerRow - circle.y;
         for (int line = 0; line < count * kLinesPerRow; line += kLanes) {
-            const VF dy =
-                hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
+            const VF dy = hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
             const VF half = hn::Sqrt(hn::ZeroIfNegative(hn::NegMulAdd(dy, dy, square)));
             hn::Store(half, kFloats, edge.halfChords + line);
         }

@@ -34,14 +34,10 @@ struct Edge {
     VF radius, sum, diff, slope, bend;
 };
 
-HWY_INLINE Edge loadEdge(VF radius, const EdgeRows& rows, int row) {
-    return {radius, hn::Set(kFloats, rows.sum[row]), hn::Set(kFloats, rows.diff[row]),
-            hn::Set(kFloats, rows.slope[row]), hn::Set(kFloats, rows.bend[row])};
-}
-
-// Rounds 0 to 65535 to an integer in both halves of each lane.
+// Rounds 0 to kCovered to an integer in both halves of each lane.
 HWY_INLINE VU16 toCoverage(VF value) {
-    const auto bits = hn::BitCast(kPixels, hn::Add(value, hn::Set(kFloats, 8388608.0F)));
+    const VF held = hn::Min(value, hn::Set(kFloats, float{kCovered}));
+    const auto bits = hn::BitCast(kPixels, hn::Add(held, hn::Set(kFloats, 8388608.0F)));
     return hn::OddEven(hn::BitCast(kHalves, hn::ShiftLeft<16>(bits)), hn::BitCast(kHalves, bits));
 }
 
@@ -65,30 +61,91 @@ HWY_INLINE VU16 chordCoverage(VF dx, const float* HWY_RESTRICT halfChords) {
         const VF overlap = hn::Add(hn::Min(right, h), hn::Min(left, h));
         sum = hn::Add(sum, hn::Max(overlap, hn::Zero(kFloats)));
     }
-    const VF scaled = hn::Mul(sum, hn::Set(kFloats, 65535.0F / kLinesPerRow));
-    return toCoverage(hn::Min(scaled, hn::Set(kFloats, 65535.0F)));
+    return toCoverage(hn::Mul(sum, hn::Set(kFloats, 65535.0F / kLinesPerRow)));
 }
 
-// Coverages by both discs in one row of an instance.
-struct TangentRow {
-    VF dySquared;
-    Edge outer, inner;
+// Both edges of a row in 16-bit integers, four lanes of the outer and four of the inner in turns.
+// Distances count 1/8192 pixels, as do coverages until they are scaled up at the end.
+class TangentRow {
+  public:
     HWY_INLINE TangentRow(const CircleRows& rows, int row)
-        : dySquared(hn::Set(kFloats, rows.dySquared[row])),
-          outer(loadEdge(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius)), rows.outer, row)),
-          inner(loadEdge(hn::Set(kFloats, rows.coveringInnerRadius()), rows.inner, row)) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, dySquared));
-        outerCover = coverage(distance, outer);
-        innerCover = coverage(distance, inner);
+        : outerReach_(hn::Set(kInts, rows.outer.reach[row])),
+          innerReach_(hn::Set(kInts, rows.inner.reach[row])),
+          sum_(spread(rows.edges.sum[row])),
+          diff_(spread(rows.edges.diff[row])),
+          slope_(spread(rows.edges.slope[row])),
+          power_(spread(rows.edges.power[row])),
+          bend_(spread(rows.edges.bend[row])),
+          begin_(std::int32_t((0.5F - rows.circle.x) * kUnitsPerPixel)) {}
+
+    using Place = hn::Vec<decltype(kInts)>;
+    HWY_INLINE Place placeOf(int x) const {
+        return hn::Add(hn::Set(kInts, begin_ + x * (1 << kPixelBits)),
+                       hn::ShiftLeft<kPixelBits>(hn::Iota(kInts, 0)));
     }
+    static HWY_INLINE Place next(Place place) {
+        return hn::Add(place, hn::Set(kInts, kLanes << kPixelBits));
+    }
+
+    HWY_INLINE void at(Place dx, VU16& outerCover, VU16& innerCover) const {
+        const Place across = hn::Abs(dx);
+        const auto t = hn::ReorderDemote2To(kShorts, hn::Sub(outerReach_, across),
+                                            hn::Sub(innerReach_, across));
+        const VU16 held = hn::Min(hn::BitCast(kHalves, hn::Abs(t)), sum_);
+        const VU16 z = hn::Mul(hn::SaturatedSub(held, diff_), power_);
+        const VU16 bent = hn::MulHigh(hn::MulHigh(z, z), bend_);
+        const VU16 part = hn::Sub(hn::MulHigh(held, slope_), bent);
+        const VU16 half = hn::Min(part, hn::Set(kHalves, std::uint16_t{kHalf}));
+        const VU16 sign = hn::BitCast(kHalves, hn::ShiftRight<15>(t));
+        const VU16 cover = hn::Add(hn::Xor(half, sign), hn::Set(kHalves, std::uint16_t{kHalf + 1}));
+        const VU16 scaled = hn::ShiftLeft<16 - kPixelBits>(
+            hn::Min(cover, hn::Set(kHalves, std::uint16_t{2 * kHalf - 1})));
+        outerCover = hn::InterleaveLower(kHalves, scaled, scaled);
+        innerCover = hn::InterleaveUpper(kHalves, scaled, scaled);
+    }
+
+  private:
+    static constexpr hn::RebindToSigned<decltype(kHalves)> kShorts{};
+    static constexpr int kHalf = 1 << (kPixelBits - 1);
+    static_assert(kCovered == (2 * kHalf - 1) << (16 - kPixelBits));
+
+    static HWY_INLINE VU16 spread(std::uint32_t pair) {
+        static constexpr std::uint8_t kPattern[16] = {0, 1, 0, 1, 0, 1, 0, 1,
+                                                      2, 3, 2, 3, 2, 3, 2, 3};
+        const auto pattern =
+            hn::LoadDup128(hn::Repartition<std::uint8_t, decltype(kHalves)>(), kPattern);
+        return hn::BitCast(
+            kHalves, hn::TableLookupBytes(hn::Set(kPixels, pair), hn::BitCast(kPixels, pattern)));
+    }
+
+    Place outerReach_, innerReach_;
+    VU16 sum_, diff_, slope_, power_, bend_;
+    std::int32_t begin_;
+};
+
+// Places as floats, for the other kinds of rows.
+class FloatRow {
+  public:
+    using Place = VF;
+    explicit HWY_INLINE FloatRow(const CircleRows& rows)
+        : firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))) {}
+    HWY_INLINE Place placeOf(int x) const {
+        return hn::Add(firstCentre_, hn::Set(kFloats, float(x)));
+    }
+    static HWY_INLINE Place next(Place place) {
+        return hn::Add(place, hn::Set(kFloats, float{kLanes}));
+    }
+
+  private:
+    VF firstCentre_;
 };
 
 // The same where an edge is nearly level: the normal is that of each pixel, for both edges.
-struct FlatRow {
+struct FlatRow : FloatRow {
     VF dy, outerRadius, innerRadius;
     HWY_INLINE FlatRow(const CircleRows& rows, int row)
-        : dy(hn::Sqrt(hn::Set(kFloats, rows.dySquared[row]))),
+        : FloatRow(rows),
+          dy(hn::Sqrt(hn::Set(kFloats, rows.dySquared[row]))),
           outerRadius(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius))),
           innerRadius(hn::Set(kFloats, rows.coveringInnerRadius())) {}
     HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
@@ -97,10 +154,10 @@ struct FlatRow {
         const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, hn::Mul(dy, dy)));
         const VF scale = hn::Div(half, hn::Max(distance, hn::Set(kFloats, 0.5F)));
         const VF m = hn::Max(hn::Mul(hn::Max(across, dy), scale), hn::Set(kFloats, 0.25F));
-        const VF n = hn::Max(hn::Mul(hn::Min(across, dy), scale),
-                             hn::Set(kFloats, kLeastComponent / 2));
-        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n),
-                  hn::Div(hn::Set(kFloats, 32767.5F), m), hn::Zero(kFloats)};
+        const VF n =
+            hn::Max(hn::Mul(hn::Min(across, dy), scale), hn::Set(kFloats, kLeastComponent / 2));
+        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n), hn::Div(hn::Set(kFloats, 32767.5F), m),
+                  hn::Zero(kFloats)};
         edge.bend = hn::Div(hn::Mul(edge.slope, hn::Set(kFloats, 0.25F)), n);
         outerCover = coverage(distance, edge);
         edge.radius = innerRadius;
@@ -108,11 +165,12 @@ struct FlatRow {
     }
 };
 
-struct ChordRow {
+struct ChordRow : FloatRow {
     const float* outer;
     const float* inner;
     HWY_INLINE ChordRow(const CircleRows& rows, int row)
-        : outer(rows.outer.halfChords + row * kLinesPerRow),
+        : FloatRow(rows),
+          outer(rows.outer.halfChords + row * kLinesPerRow),
           inner(rows.inner.halfChords + row * kLinesPerRow) {}
     HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
         outerCover = chordCoverage(dx, outer);
@@ -129,21 +187,22 @@ class RowPen {
         : cover_(rows, row),
           paints_(paints),
           pixels_(pixels),
-          firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))),
           x_(rows.begin[row]),
           clipRight_(rows.clip.right()) {}
 
     HWY_INLINE void edgesTo(int end) {
+        auto place = cover_.placeOf(x_);
         for (; x_ < end; x_ += kLanes) {
             if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
-                edge(pixels_ + x_);
+                edge(pixels_ + x_, place);
             } else {
                 std::uint32_t part[kLanes] = {};
                 const std::size_t bytes = sizeof(part[0]) * std::size_t(clipRight_ - x_);
                 std::memcpy(part, pixels_ + x_, bytes);
-                edge(part);
+                edge(part, place);
                 std::memcpy(pixels_ + x_, part, bytes);
             }
+            place = Row::next(place);
         }
     }
 
@@ -154,17 +213,15 @@ class RowPen {
     }
 
   private:
-    HWY_INLINE void edge(std::uint32_t* HWY_RESTRICT at) const {
-        const VF dx = hn::Add(firstCentre_, hn::Set(kFloats, float(x_)));
+    HWY_INLINE void edge(std::uint32_t* HWY_RESTRICT at, typename Row::Place place) const {
         VU16 outer, inner;
-        cover_.at(dx, outer, inner);
+        cover_.at(place, outer, inner);
         hn::StoreU(paints_.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
     }
 
     Row cover_;
     const TwoPaints& paints_;
     std::uint32_t* HWY_RESTRICT pixels_;
-    VF firstCentre_;
     int x_;
     int clipRight_;
 };
@@ -194,8 +251,7 @@ template <bool kSmall>
 HWY_INLINE void drawRows(const RenderTarget& target, const CircleRows& rows,
                          const TwoPaints& paints, const Solids& solids) {
     for (int row = 0; row < rows.count; ++row) {
-        std::uint32_t* pixels =
-            target.pixels + std::ptrdiff_t{rows.firstRow + row} * target.stride;
+        std::uint32_t* pixels = target.pixels + std::ptrdiff_t{rows.firstRow + row} * target.stride;
         if constexpr (kSmall) {
             drawRow<ChordRow>(pixels, rows, row, paints, solids);
         } else if (rows.flat[row]) {
@@ -213,7 +269,7 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
     rows.clip = clip;
     const float opacity = std::min(instance.opacity, 1.0F);
     const TwoPaints paints(look.rim.data(), look.inside.data(), opacity);
-    const Solids solids{paints.solid(0xFFFF, 0), paints.solid(0, 0xFFFF)};
+    const Solids solids{paints.solid(kCovered, 0), paints.solid(0, kCovered)};
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
