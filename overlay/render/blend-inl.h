@@ -28,8 +28,8 @@ using VU16 = hn::Vec<decltype(kHalves)>;
 constexpr int kLanes = int(hn::MaxLanes(kFloats));
 
 constexpr hn::RebindToSigned<decltype(kFloats)> kInts;
-// What a coverage is at most. The three bits less than 65535 are what the edges cannot tell.
-constexpr std::uint16_t kCovered = 65528;
+using VI = hn::Vec<decltype(kInts)>;
+constexpr std::uint16_t kCovered = 65535;  // a whole pixel
 
 // Two channels of the source, one level being 256, over the pixels under them. `kept` is what
 // remains of the latter, 65535 being all of it. Half a level is added so that the top byte rounds.

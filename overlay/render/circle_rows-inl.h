@@ -40,19 +40,16 @@ struct Circle {
     float x, y, radius, innerRadius;
 };
 
-// One edge as circles.cpp computes with it, in 1/8192 pixels and 16-bit factors.
-struct EdgeRows {
-    HWY_ALIGN std::int32_t reach[kRowsAtOnce];  // mean distance from the middle to the edge
-    HWY_ALIGN float halfChords[kRowsAtOnce * kLinesPerRow];
-};
-
-// The same for both edges at once: the outer in the low half of a word, the inner in the high one.
-struct EdgePairs {
-    HWY_ALIGN std::uint32_t sum[kRowsAtOnce];
-    HWY_ALIGN std::uint32_t diff[kRowsAtOnce];
-    HWY_ALIGN std::uint32_t slope[kRowsAtOnce];
-    HWY_ALIGN std::uint32_t power[kRowsAtOnce];
-    HWY_ALIGN std::uint32_t bend[kRowsAtOnce];
+// Both edges of a row as circle_cover-inl.h computes with them: in 1/8192 pixels and 16-bit
+// factors, four times the outer edge's and four times the inner's.
+struct RowEdges {
+    HWY_ALIGN std::uint16_t sum[8];
+    std::uint16_t diff[8];
+    std::uint16_t slope[8];
+    std::uint16_t power[8];
+    std::uint16_t bend[8];
+    std::int32_t outerReach;  // mean distance from the middle to the edge
+    std::int32_t innerReach;
 };
 
 class CircleRows {
@@ -75,8 +72,9 @@ class CircleRows {
     HWY_ALIGN std::int32_t leftRimEnd[kRowsAtOnce];
     HWY_ALIGN std::int32_t rightRimBegin[kRowsAtOnce];
     HWY_ALIGN std::int32_t rightRimEnd[kRowsAtOnce];
-    EdgeRows outer, inner;
-    EdgePairs edges;
+    HWY_ALIGN float outerHalfChords[kRowsAtOnce * kLinesPerRow];
+    HWY_ALIGN float innerHalfChords[kRowsAtOnce * kLinesPerRow];
+    RowEdges edges[kRowsAtOnce];
 
     // Sets the first row that is both of the circle and of the clip; returns the row behind the
     // last one.
@@ -128,15 +126,7 @@ class CircleRows {
             const auto flatInt =
                 far ? hn::Set(kInts, -1) : hn::VecFromMask(kInts, hn::RebindMask(kInts, isFlat));
             hn::Store(flatInt, kInts, flat + row);
-            hn::Store(whole.reach, kInts, outer.reach + row);
-            hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed),
-                                     hn::Set(kInts, std::int32_t{-1} << 29), inside.reach),
-                      kInts, inner.reach + row);
-            storePair(whole.sum, inside.sum, edges.sum + row);
-            storePair(whole.diff, inside.diff, edges.diff + row);
-            storePair(whole.slope, inside.slope, edges.slope + row);
-            storePair(whole.power, inside.power, edges.power + row);
-            storePair(whole.bend, inside.bend, edges.bend + row);
+            storeEdges(row, whole, inside, missed);
             computeRuns(row, whole, inside, missed);
         }
     }
@@ -145,18 +135,12 @@ class CircleRows {
         wideRim = false;
         for (int row = 0; row < count; row += kLanes) {
             computeExtent(row, heights(row));
-            const auto none = hn::Load(kInts, end + row);
-            hn::Store(none, kInts, middleBegin + row);
-            hn::Store(none, kInts, middleEnd + row);
-            hn::Store(hn::Zero(kInts), kInts, middleIsRim + row);
         }
-        computeHalfChords(circle.radius, outer);
-        computeHalfChords(circle.innerRadius, inner);
+        computeHalfChords(circle.radius, outerHalfChords);
+        computeHalfChords(circle.innerRadius, innerHalfChords);
     }
 
   private:
-    using VI = hn::Vec<decltype(kInts)>;
-
     // Of the rows' centres below the circle's.
     HWY_INLINE VF heights(int row) const {
         return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F), hn::Set(kFloats, circle.y));
@@ -245,9 +229,39 @@ class CircleRows {
             kInts, hn::Div(hn::Mul(hn::ZeroIfNegative(bend), full), hn::Mul(most, most)));
     }
 
-    static HWY_INLINE void storePair(VI low, VI high, std::uint32_t* to) {
-        hn::Store(hn::BitCast(kPixels, hn::Or(low, hn::ShiftLeft<16>(high))), kPixels, to);
+    HWY_INLINE void storeEdges(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
+        storeRows(whole.sum, inside.sum, edges[row].sum);
+        storeRows(whole.diff, inside.diff, edges[row].diff);
+        storeRows(whole.slope, inside.slope, edges[row].slope);
+        storeRows(whole.power, inside.power, edges[row].power);
+        storeRows(whole.bend, inside.bend, edges[row].bend);
+        HWY_ALIGN std::int32_t reaches[2][kLanes];
+        hn::Store(whole.reach, kInts, reaches[0]);
+        hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed),
+                                 hn::Set(kInts, std::int32_t{-1} * (1 << 29)), inside.reach),
+                  kInts, reaches[1]);
+        for (int i = 0; i < kLanes; ++i) {
+            edges[row + i].outerReach = reaches[0][i];
+            edges[row + i].innerReach = reaches[1][i];
+        }
     }
+
+    // Spreads one value per row to the eight that the row keeps; `first` is the first row's.
+    static HWY_INLINE void storeRows(VI outer, VI inner, std::uint16_t* first) {
+        static constexpr std::uint8_t kPattern[16] = {0, 1, 0, 1, 0, 1, 0, 1,
+                                                      2, 3, 2, 3, 2, 3, 2, 3};
+        constexpr hn::FixedTag<std::uint8_t, 16> kBytes;
+        const auto pattern = hn::LoadU(kBytes, kPattern);
+        HWY_ALIGN std::uint32_t pairs[kLanes];
+        hn::Store(hn::BitCast(kPixels, hn::Or(outer, hn::ShiftLeft<16>(inner))), kPixels, pairs);
+        for (int i = 0; i < kLanes; ++i) {
+            const auto pair = hn::BitCast(kBytes, hn::Set(kFourWords, pairs[i]));
+            hn::StoreU(hn::TableLookupBytes(pair, pattern), kBytes,
+                       reinterpret_cast<std::uint8_t*>(first) + std::ptrdiff_t{i} * kRowBytes);
+        }
+    }
+    static constexpr std::ptrdiff_t kRowBytes = sizeof(RowEdges);
+    static constexpr hn::FixedTag<std::uint32_t, 4> kFourWords{};
 
     HWY_INLINE void computeRuns(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
         const VI none = hn::Load(kInts, end + row);
@@ -274,14 +288,14 @@ class CircleRows {
                   rightRimEnd + row);
     }
 
-    HWY_INLINE void computeHalfChords(float radius, EdgeRows& edge) const {
+    HWY_INLINE void computeHalfChords(float radius, float* halfChords) const {
         const VF square = hn::Set(kFloats, radius * radius);
         const VF step = hn::Set(kFloats, 1.0F / kLinesPerRow);
         const float first = float(firstRow) + 0.5F / kLinesPerRow - circle.y;
         for (int line = 0; line < count * kLinesPerRow; line += kLanes) {
             const VF dy = hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
             const VF half = hn::Sqrt(hn::ZeroIfNegative(hn::NegMulAdd(dy, dy, square)));
-            hn::Store(half, kFloats, edge.halfChords + line);
+            hn::Store(half, kFloats, halfChords + line);
         }
     }
 };

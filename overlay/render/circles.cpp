@@ -4,14 +4,7 @@
 // part of the pixel by the whole disc and by the disc inside the border: linear in the coverages,
 // hence what averaging a far finer drawing gives.
 //
-// Coverage of a disc: seen from one pixel, the edge is a straight line at the signed distance e
-// (radius less distance of the pixel's centre) whose normal has the components m >= n >= 0. The
-// covered part of the unit square is then
-//     1/2 + e/m - z|z| / (2mn),   e held to +-(m+n)/2, z the part of e beyond +-(m-n)/2,
-// straight in the middle and bending into the two corners. Every pixel of a row that the edge
-// crosses lies at the radius, so the sine of the normal's angle is the row's height over it; where
-// the edge runs nearly along the row that is too coarse and every pixel gets its own normal.
-// Discs too small for tangents are integrated along eight lines per row.
+// See circle_cover-inl.h for the coverages.
 #include "overlay/render/circle_look.h"
 #include "overlay/render/visibility.h"
 
@@ -22,263 +15,196 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
-#include "overlay/render/blend-inl.h"
-#include "overlay/render/circle_rows-inl.h"
+#include "overlay/render/circle_cover-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace skavlo {
 namespace HWY_NAMESPACE {
 namespace {
 
-struct Edge {
-    VF radius, sum, diff, slope, bend;
+// Eight pixels that an edge may cross.
+struct EdgeUnit {
+    std::uint32_t* at;
+    std::int32_t place;  // of the first pixel's middle, from the circle's, in 1/8192 pixels
+    std::int32_t row;
 };
 
-// Rounds 0 to kCovered to an integer in both halves of each lane.
-HWY_INLINE VU16 toCoverage(VF value) {
-    const VF held = hn::Min(value, hn::Set(kFloats, float{kCovered}));
-    const auto bits = hn::BitCast(kPixels, hn::Add(held, hn::Set(kFloats, 8388608.0F)));
-    return hn::OddEven(hn::BitCast(kHalves, hn::ShiftLeft<16>(bits)), hn::BitCast(kHalves, bits));
+constexpr int kMostUnits = 512;
+
+struct Brush {
+    HWY_INLINE Brush(const CircleLook& look, float opacity)
+        : paints(look.rim.data(), look.inside.data(), opacity),
+          rim(paints.solid(kCovered, 0)),
+          inside(paints.solid(0, kCovered)) {}
+
+    TwoPaints paints;
+    SolidPaint rim, inside;
+    TangentConstants constants;
+};
+
+// Calls `draw` with eight pixels to read and write, of which only `count` exist.
+template <class Draw>
+HWY_INLINE void withPart(std::uint32_t* at, int count, const Draw& draw) {
+    std::uint32_t part[kLanes] = {};
+    const std::size_t bytes = sizeof(part[0]) * std::size_t(count);
+    std::memcpy(part, at, bytes);
+    draw(part);
+    std::memcpy(at, part, bytes);
 }
 
-HWY_INLINE VU16 coverage(VF distance, const Edge& edge) {
-    const VF e = hn::Sub(edge.radius, distance);
-    const VF held = hn::Max(hn::Min(e, edge.sum), hn::Neg(edge.sum));
-    const VF straight = hn::Max(hn::Min(e, edge.diff), hn::Neg(edge.diff));
-    const VF z = hn::Sub(held, straight);
-    const VF line = hn::MulAdd(held, edge.slope, hn::Set(kFloats, 32767.5F));
-    return toCoverage(hn::NegMulAdd(hn::Mul(z, hn::Abs(z)), edge.bend, line));
+HWY_INLINE void drawEdge(std::uint32_t* HWY_RESTRICT at, const RowEdges& edges, std::int32_t place,
+                         const Brush& brush) {
+    VU16 outer, inner;
+    TangentRow(edges, brush.constants).at(place, outer, inner);
+    hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
 }
 
-// Covered part of pixels centred dx off the disc's middle, from half chords at eight heights.
-HWY_INLINE VU16 chordCoverage(VF dx, const float* HWY_RESTRICT halfChords) {
-    const VF half = hn::Set(kFloats, 0.5F);
-    const VF right = hn::Add(half, dx);
-    const VF left = hn::Sub(half, dx);
-    VF sum = hn::Zero(kFloats);
-    for (int i = 0; i < kLinesPerRow; ++i) {
-        const VF h = hn::Set(kFloats, halfChords[i]);
-        const VF overlap = hn::Add(hn::Min(right, h), hn::Min(left, h));
-        sum = hn::Add(sum, hn::Max(overlap, hn::Zero(kFloats)));
+// The edges' pixels of many rows one after the other: in one loop, whose end alone is a surprise.
+HWY_NOINLINE void drawUnits(const EdgeUnit* units, int count, const RowEdges* edges,
+                            const Brush& brush) {
+    for (int i = 0; i < count; ++i) {
+        drawEdge(units[i].at, edges[units[i].row], units[i].place, brush);
     }
-    return toCoverage(hn::Mul(sum, hn::Set(kFloats, 65535.0F / kLinesPerRow)));
 }
 
-// Both edges of a row in 16-bit integers, four lanes of the outer and four of the inner in turns.
-// Distances count 1/8192 pixels, as do coverages until they are scaled up at the end.
-class TangentRow {
+// Draws the rows of one circle: constant colours at once, edges when enough of them have gathered.
+class CirclePen {
   public:
-    HWY_INLINE TangentRow(const CircleRows& rows, int row)
-        : outerReach_(hn::Set(kInts, rows.outer.reach[row])),
-          innerReach_(hn::Set(kInts, rows.inner.reach[row])),
-          sum_(spread(rows.edges.sum[row])),
-          diff_(spread(rows.edges.diff[row])),
-          slope_(spread(rows.edges.slope[row])),
-          power_(spread(rows.edges.power[row])),
-          bend_(spread(rows.edges.bend[row])),
-          begin_(std::int32_t((0.5F - rows.circle.x) * kUnitsPerPixel)) {}
+    HWY_INLINE CirclePen(const RenderTarget& target, const CircleRows& rows, const Brush& brush)
+        : target_(target),
+          rows_(rows),
+          brush_(brush),
+          clipRight_(rows.clip.right()),
+          origin_(std::int32_t((0.5F - rows.circle.x) * kUnitsPerPixel)) {}
 
-    using Place = hn::Vec<decltype(kInts)>;
-    HWY_INLINE Place placeOf(int x) const {
-        return hn::Add(hn::Set(kInts, begin_ + x * (1 << kPixelBits)),
-                       hn::ShiftLeft<kPixelBits>(hn::Iota(kInts, 0)));
-    }
-    static HWY_INLINE Place next(Place place) {
-        return hn::Add(place, hn::Set(kInts, kLanes << kPixelBits));
+    HWY_INLINE void drawTangents() {
+        for (row_ = 0; row_ < rows_.count; ++row_) {
+            startRow();
+            if (rows_.flat[row_]) {
+                drawFloats<FlatRow>();
+            } else {
+                drawRow();
+            }
+        }
+        flush();
     }
 
-    HWY_INLINE void at(Place dx, VU16& outerCover, VU16& innerCover) const {
-        const Place across = hn::Abs(dx);
-        const auto t = hn::ReorderDemote2To(kShorts, hn::Sub(outerReach_, across),
-                                            hn::Sub(innerReach_, across));
-        const VU16 held = hn::Min(hn::BitCast(kHalves, hn::Abs(t)), sum_);
-        const VU16 z = hn::Mul(hn::SaturatedSub(held, diff_), power_);
-        const VU16 bent = hn::MulHigh(hn::MulHigh(z, z), bend_);
-        const VU16 part = hn::Sub(hn::MulHigh(held, slope_), bent);
-        const VU16 half = hn::Min(part, hn::Set(kHalves, std::uint16_t{kHalf}));
-        const VU16 sign = hn::BitCast(kHalves, hn::ShiftRight<15>(t));
-        const VU16 cover = hn::Add(hn::Xor(half, sign), hn::Set(kHalves, std::uint16_t{kHalf + 1}));
-        const VU16 scaled = hn::ShiftLeft<16 - kPixelBits>(
-            hn::Min(cover, hn::Set(kHalves, std::uint16_t{2 * kHalf - 1})));
-        outerCover = hn::InterleaveLower(kHalves, scaled, scaled);
-        innerCover = hn::InterleaveUpper(kHalves, scaled, scaled);
+    HWY_INLINE void drawChords() {
+        for (row_ = 0; row_ < rows_.count; ++row_) {
+            startRow();
+            drawFloats<ChordRow>();
+        }
     }
 
   private:
-    static constexpr hn::RebindToSigned<decltype(kHalves)> kShorts{};
-    static constexpr int kHalf = 1 << (kPixelBits - 1);
-    static_assert(kCovered == (2 * kHalf - 1) << (16 - kPixelBits));
-
-    static HWY_INLINE VU16 spread(std::uint32_t pair) {
-        static constexpr std::uint8_t kPattern[16] = {0, 1, 0, 1, 0, 1, 0, 1,
-                                                      2, 3, 2, 3, 2, 3, 2, 3};
-        const auto pattern =
-            hn::LoadDup128(hn::Repartition<std::uint8_t, decltype(kHalves)>(), kPattern);
-        return hn::BitCast(
-            kHalves, hn::TableLookupBytes(hn::Set(kPixels, pair), hn::BitCast(kPixels, pattern)));
+    HWY_INLINE void startRow() {
+        pixels_ = target_.pixels + std::ptrdiff_t{rows_.firstRow + row_} * target_.stride;
+        x_ = rows_.begin[row_];
     }
 
-    Place outerReach_, innerReach_;
-    VU16 sum_, diff_, slope_, power_, bend_;
-    std::int32_t begin_;
-};
-
-// Places as floats, for the other kinds of rows.
-class FloatRow {
-  public:
-    using Place = VF;
-    explicit HWY_INLINE FloatRow(const CircleRows& rows)
-        : firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))) {}
-    HWY_INLINE Place placeOf(int x) const {
-        return hn::Add(firstCentre_, hn::Set(kFloats, float(x)));
+    HWY_INLINE void drawRow() {
+        const int end = rows_.end[row_];
+        const SolidPaint& middle = rows_.middleIsRim[row_] ? brush_.rim : brush_.inside;
+        if (HWY_LIKELY(!rows_.wideRim)) {
+            edgesTo(rows_.middleBegin[row_]);
+            solidTo(rows_.middleEnd[row_], end, middle);
+            edgesTo(end);
+            return;
+        }
+        edgesTo(rows_.leftRimBegin[row_]);
+        solidTo(rows_.leftRimEnd[row_], rows_.middleBegin[row_], brush_.rim);
+        edgesTo(rows_.middleBegin[row_]);
+        solidTo(rows_.middleEnd[row_], rows_.rightRimBegin[row_], middle);
+        edgesTo(rows_.rightRimBegin[row_]);
+        solidTo(rows_.rightRimEnd[row_], end, brush_.rim);
+        edgesTo(end);
     }
-    static HWY_INLINE Place next(Place place) {
-        return hn::Add(place, hn::Set(kFloats, float{kLanes}));
-    }
-
-  private:
-    VF firstCentre_;
-};
-
-// The same where an edge is nearly level: the normal is that of each pixel, for both edges.
-struct FlatRow : FloatRow {
-    VF dy, outerRadius, innerRadius;
-    HWY_INLINE FlatRow(const CircleRows& rows, int row)
-        : FloatRow(rows),
-          dy(hn::Sqrt(hn::Set(kFloats, rows.dySquared[row]))),
-          outerRadius(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius))),
-          innerRadius(hn::Set(kFloats, rows.coveringInnerRadius())) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        const VF half = hn::Set(kFloats, 0.5F);
-        const VF across = hn::Abs(dx);
-        const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, hn::Mul(dy, dy)));
-        const VF scale = hn::Div(half, hn::Max(distance, hn::Set(kFloats, 0.5F)));
-        const VF m = hn::Max(hn::Mul(hn::Max(across, dy), scale), hn::Set(kFloats, 0.25F));
-        const VF n =
-            hn::Max(hn::Mul(hn::Min(across, dy), scale), hn::Set(kFloats, kLeastComponent / 2));
-        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n), hn::Div(hn::Set(kFloats, 32767.5F), m),
-                  hn::Zero(kFloats)};
-        edge.bend = hn::Div(hn::Mul(edge.slope, hn::Set(kFloats, 0.25F)), n);
-        outerCover = coverage(distance, edge);
-        edge.radius = innerRadius;
-        innerCover = coverage(distance, edge);
-    }
-};
-
-struct ChordRow : FloatRow {
-    const float* outer;
-    const float* inner;
-    HWY_INLINE ChordRow(const CircleRows& rows, int row)
-        : FloatRow(rows),
-          outer(rows.outer.halfChords + row * kLinesPerRow),
-          inner(rows.inner.halfChords + row * kLinesPerRow) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        outerCover = chordCoverage(dx, outer);
-        innerCover = chordCoverage(dx, inner);
-    }
-};
-
-// One row being drawn from left to right.
-template <class Row>
-class RowPen {
-  public:
-    HWY_INLINE RowPen(std::uint32_t* HWY_RESTRICT pixels, const CircleRows& rows, int row,
-                      const TwoPaints& paints)
-        : cover_(rows, row),
-          paints_(paints),
-          pixels_(pixels),
-          x_(rows.begin[row]),
-          clipRight_(rows.clip.right()) {}
 
     HWY_INLINE void edgesTo(int end) {
-        auto place = cover_.placeOf(x_);
         for (; x_ < end; x_ += kLanes) {
-            if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
-                edge(pixels_ + x_, place);
-            } else {
-                std::uint32_t part[kLanes] = {};
-                const std::size_t bytes = sizeof(part[0]) * std::size_t(clipRight_ - x_);
-                std::memcpy(part, pixels_ + x_, bytes);
-                edge(part, place);
-                std::memcpy(pixels_ + x_, part, bytes);
+            const std::int32_t place = origin_ + x_ * (1 << kPixelBits);
+            if (HWY_UNLIKELY(x_ + kLanes > clipRight_)) {
+                withPart(pixels_ + x_, clipRight_ - x_, [&](std::uint32_t* part) HWY_ATTR {
+                    drawEdge(part, rows_.edges[row_], place, brush_);
+                });
+                continue;
             }
-            place = Row::next(place);
+            units_[count_++] = {pixels_ + x_, place, row_};
+            if (HWY_UNLIKELY(count_ == kMostUnits)) flush();
         }
     }
 
-    HWY_INLINE void solidTo(int end, const SolidPaint& paint) {
-        for (; x_ + kLanes <= end; x_ += kLanes) {
+    // From here to `end` all is one colour. Goes on to where the edges' pixels from there to
+    // `next` begin, if these are to be whole vectors.
+    HWY_INLINE void solidTo(int end, int next, const SolidPaint& paint) {
+        const int stop = next - (std::max(next - end, 0) + kLanes - 1) / kLanes * kLanes;
+        if (stop <= x_) return;
+        for (; x_ + kLanes <= stop; x_ += kLanes) {
             hn::StoreU(paint.over(hn::LoadU(kPixels, pixels_ + x_)), kPixels, pixels_ + x_);
         }
-    }
-
-  private:
-    HWY_INLINE void edge(std::uint32_t* HWY_RESTRICT at, typename Row::Place place) const {
-        VU16 outer, inner;
-        cover_.at(place, outer, inner);
-        hn::StoreU(paints_.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
-    }
-
-    Row cover_;
-    const TwoPaints& paints_;
-    std::uint32_t* HWY_RESTRICT pixels_;
-    int x_;
-    int clipRight_;
-};
-
-struct Solids {
-    SolidPaint rim, inside;
-};
-
-template <class Row>
-HWY_INLINE void drawRow(std::uint32_t* HWY_RESTRICT pixels, const CircleRows& rows, int row,
-                        const TwoPaints& paints, const Solids& solids) {
-    RowPen<Row> pen(pixels, rows, row, paints);
-    if (rows.wideRim) {
-        pen.edgesTo(rows.leftRimBegin[row]);
-        pen.solidTo(rows.leftRimEnd[row], solids.rim);
-    }
-    pen.edgesTo(rows.middleBegin[row]);
-    pen.solidTo(rows.middleEnd[row], rows.middleIsRim[row] ? solids.rim : solids.inside);
-    if (rows.wideRim) {
-        pen.edgesTo(rows.rightRimBegin[row]);
-        pen.solidTo(rows.rightRimEnd[row], solids.rim);
-    }
-    pen.edgesTo(rows.end[row]);
-}
-
-template <bool kSmall>
-HWY_INLINE void drawRows(const RenderTarget& target, const CircleRows& rows,
-                         const TwoPaints& paints, const Solids& solids) {
-    for (int row = 0; row < rows.count; ++row) {
-        std::uint32_t* pixels = target.pixels + std::ptrdiff_t{rows.firstRow + row} * target.stride;
-        if constexpr (kSmall) {
-            drawRow<ChordRow>(pixels, rows, row, paints, solids);
-        } else if (rows.flat[row]) {
-            drawRow<FlatRow>(pixels, rows, row, paints, solids);
+        if (x_ == stop) return;
+        if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
+            const auto mask = hn::FirstN(kPixels, std::size_t(stop - x_));
+            const auto below = hn::LoadU(kPixels, pixels_ + x_);
+            hn::StoreU(hn::IfThenElse(mask, paint.over(below), below), kPixels, pixels_ + x_);
         } else {
-            drawRow<TangentRow>(pixels, rows, row, paints, solids);
+            withPart(pixels_ + x_, stop - x_, [&](std::uint32_t* part) HWY_ATTR {
+                hn::StoreU(paint.over(hn::LoadU(kPixels, part)), kPixels, part);
+            });
+        }
+        x_ = stop;
+    }
+
+    template <class Row>
+    HWY_INLINE void drawFloats() {
+        const Row cover(rows_, row_);
+        const auto draw = [&](std::uint32_t* at) HWY_ATTR {
+            VU16 outer, inner;
+            cover.at(cover.placeOf(x_), outer, inner);
+            hn::StoreU(brush_.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
+        };
+        for (const int end = rows_.end[row_]; x_ < end; x_ += kLanes) {
+            if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
+                draw(pixels_ + x_);
+            } else {
+                withPart(pixels_ + x_, clipRight_ - x_, draw);
+            }
         }
     }
-}
+
+    HWY_INLINE void flush() {
+        drawUnits(units_, count_, rows_.edges, brush_);
+        count_ = 0;
+    }
+
+    const RenderTarget& target_;
+    const CircleRows& rows_;
+    const Brush& brush_;
+    std::uint32_t* pixels_ = nullptr;
+    int row_ = 0;
+    int x_ = 0;
+    int count_ = 0;
+    const int clipRight_;
+    const std::int32_t origin_;
+    EdgeUnit units_[kMostUnits];
+};
 
 HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
                              const CircleLook& look, const Instance& instance, CircleRows& rows) {
     rows.circle = {instance.x, instance.y, look.radius * instance.scale,
                    look.innerRadius * instance.scale};
     rows.clip = clip;
-    const float opacity = std::min(instance.opacity, 1.0F);
-    const TwoPaints paints(look.rim.data(), look.inside.data(), opacity);
-    const Solids solids{paints.solid(kCovered, 0), paints.solid(0, kCovered)};
+    const Brush brush(look, std::min(instance.opacity, 1.0F));
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
+        CirclePen pen(target, rows, brush);
         if (rows.small()) {
             rows.computeChords();
-            drawRows<true>(target, rows, paints, solids);
+            pen.drawChords();
         } else {
             rows.computeTangents();
-            drawRows<false>(target, rows, paints, solids);
+            pen.drawTangents();
         }
         rows.firstRow += rows.count;
     }
