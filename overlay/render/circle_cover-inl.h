@@ -42,15 +42,17 @@ class TangentRow {
   public:
     using Place = VI;
 
-    HWY_INLINE TangentRow(const RowEdges& edges, const TangentConstants& constants)
-        : edges_(edges), constants_(constants) {}
+    HWY_INLINE TangentRow(const CircleRows& rows, int row, const TangentConstants& constants)
+        : edges_(rows.edges[row]),
+          outerReach_(hn::Set(kInts, rows.outerReach[row])),
+          innerReach_(hn::Set(kInts, rows.innerReach[row])),
+          constants_(constants) {}
 
     // `place` counts from the circle's middle to the first pixel's.
     HWY_INLINE void at(std::int32_t place, VU16& outerCover, VU16& innerCover) const {
         const VI across = hn::Abs(hn::Add(hn::Set(kInts, place), constants_.steps));
-        const auto t =
-            hn::ReorderDemote2To(kShorts, hn::Sub(hn::Set(kInts, edges_.outerReach), across),
-                                 hn::Sub(hn::Set(kInts, edges_.innerReach), across));
+        const auto t = hn::ReorderDemote2To(kShorts, hn::Sub(outerReach_, across),
+                                            hn::Sub(innerReach_, across));
         const VU16 held = hn::Min(hn::BitCast(kHalves, hn::Abs(t)), both(edges_.sum));
         const VU16 z = hn::Mul(hn::SaturatedSub(held, both(edges_.diff)), both(edges_.power));
         const VU16 bent = hn::MulHigh(hn::MulHigh(z, z), both(edges_.bend));
@@ -68,6 +70,7 @@ class TangentRow {
     static HWY_INLINE VU16 both(const std::uint16_t* four) { return hn::LoadDup128(kHalves, four); }
 
     const RowEdges& edges_;
+    VI outerReach_, innerReach_;
     const TangentConstants& constants_;
 };
 

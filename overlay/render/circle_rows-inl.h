@@ -29,6 +29,7 @@ constexpr float kReach = 0.72F;
 constexpr float kLeastComponent = 0.015F;
 // From this width on, the rim has runs that are worth a constant colour.
 constexpr float kWideRim = 12.0F;
+constexpr int kMostRuns = 3;
 // Kept clear of runs, more than rounding could matter.
 constexpr float kSlack = 0.01F;
 // Beyond this, distances in a row are no longer counted in integers.
@@ -48,8 +49,6 @@ struct RowEdges {
     std::uint16_t slope[8];
     std::uint16_t power[8];
     std::uint16_t bend[8];
-    std::int32_t outerReach;  // mean distance from the middle to the edge
-    std::int32_t innerReach;
 };
 
 class CircleRows {
@@ -62,16 +61,17 @@ class CircleRows {
     HWY_ALIGN float dySquared[kRowsAtOnce];
     HWY_ALIGN std::int32_t begin[kRowsAtOnce];
     HWY_ALIGN std::int32_t end[kRowsAtOnce];
-    // Pixels that are wholly inside, or wholly rim in rows that miss the inner disc.
-    HWY_ALIGN std::int32_t middleBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t middleEnd[kRowsAtOnce];
-    HWY_ALIGN std::int32_t middleIsRim[kRowsAtOnce];
     HWY_ALIGN std::int32_t flat[kRowsAtOnce];
-    // Pixels of the rim left and right of the inside; only when wideRim.
-    HWY_ALIGN std::int32_t leftRimBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t leftRimEnd[kRowsAtOnce];
-    HWY_ALIGN std::int32_t rightRimBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t rightRimEnd[kRowsAtOnce];
+    // From left to right a row has vectors that edges may cross, a run of one colour, again such
+    // vectors, and so on; a run begins behind the vectors before it. With a wide rim three runs of
+    // the rim, the middle and the rim, else the middle alone. Flat rows have none of all that.
+    HWY_ALIGN std::int32_t edgesBegin[kMostRuns + 1][kRowsAtOnce];
+    HWY_ALIGN std::int32_t edgesCount[kMostRuns + 1][kRowsAtOnce];
+    HWY_ALIGN std::int32_t runBegin[kMostRuns][kRowsAtOnce];
+    HWY_ALIGN std::int32_t runEnd[kMostRuns][kRowsAtOnce];
+    HWY_ALIGN std::int32_t middleIsRim[kRowsAtOnce];
+    HWY_ALIGN std::int32_t outerReach[kRowsAtOnce];  // mean distance from the middle to the edge
+    HWY_ALIGN std::int32_t innerReach[kRowsAtOnce];
     HWY_ALIGN float outerHalfChords[kRowsAtOnce * kLinesPerRow];
     HWY_ALIGN float innerHalfChords[kRowsAtOnce * kLinesPerRow];
     RowEdges edges[kRowsAtOnce];
@@ -90,6 +90,8 @@ class CircleRows {
                             circle.x - circle.radius > float(clip.right());
         return beside ? firstRow : held(std::ceil(bottom));
     }
+
+    [[nodiscard]] HWY_INLINE int runs() const { return wideRim ? kMostRuns : 1; }
 
     [[nodiscard]] HWY_INLINE bool hasInner() const { return circle.innerRadius > 0; }
 
@@ -235,57 +237,99 @@ class CircleRows {
         storeRows(whole.slope, inside.slope, edges[row].slope);
         storeRows(whole.power, inside.power, edges[row].power);
         storeRows(whole.bend, inside.bend, edges[row].bend);
-        HWY_ALIGN std::int32_t reaches[2][kLanes];
-        hn::Store(whole.reach, kInts, reaches[0]);
-        hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed),
-                                 hn::Set(kInts, std::int32_t{-1} * (1 << 29)), inside.reach),
-                  kInts, reaches[1]);
-        for (int i = 0; i < kLanes; ++i) {
-            edges[row + i].outerReach = reaches[0][i];
-            edges[row + i].innerReach = reaches[1][i];
-        }
+        hn::Store(whole.reach, kInts, outerReach + row);
+        const VI nowhere = hn::Set(kInts, -(1 << 29));
+        hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed), nowhere, inside.reach), kInts,
+                  innerReach + row);
     }
 
     // Spreads one value per row to the eight that the row keeps; `first` is the first row's.
     static HWY_INLINE void storeRows(VI outer, VI inner, std::uint16_t* first) {
-        static constexpr std::uint8_t kPattern[16] = {0, 1, 0, 1, 0, 1, 0, 1,
-                                                      2, 3, 2, 3, 2, 3, 2, 3};
-        constexpr hn::FixedTag<std::uint8_t, 16> kBytes;
-        const auto pattern = hn::LoadU(kBytes, kPattern);
-        HWY_ALIGN std::uint32_t pairs[kLanes];
-        hn::Store(hn::BitCast(kPixels, hn::Or(outer, hn::ShiftLeft<16>(inner))), kPixels, pairs);
-        for (int i = 0; i < kLanes; ++i) {
-            const auto pair = hn::BitCast(kBytes, hn::Set(kFourWords, pairs[i]));
-            hn::StoreU(hn::TableLookupBytes(pair, pattern), kBytes,
-                       reinterpret_cast<std::uint8_t*>(first) + std::ptrdiff_t{i} * kRowBytes);
+        storeFour<0>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<1>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<2>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<3>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+    }
+
+    // The rows of every fourth lane.
+    template <int kLane>
+    static HWY_INLINE void storeFour(VI pairs, std::uint16_t* first) {
+        constexpr std::uint8_t a = 4 * kLane;
+        static constexpr std::uint8_t kPattern[16] = {a,     a + 1, a,     a + 1, a,     a + 1,
+                                                      a,     a + 1, a + 2, a + 3, a + 2, a + 3,
+                                                      a + 2, a + 3, a + 2, a + 3};
+        const hn::Repartition<std::uint8_t, decltype(kInts)> kAll;
+        const auto rows =
+            hn::TableLookupBytes(hn::BitCast(kAll, pairs), hn::LoadDup128(kAll, kPattern));
+        const auto at = [first](int row) HWY_ATTR {
+            return reinterpret_cast<std::uint8_t*>(first) + row * kRowBytes;
+        };
+        if constexpr (kLanes == 8) {
+            const hn::Half<decltype(kAll)> kHalf;
+            hn::StoreU(hn::LowerHalf(kHalf, rows), kHalf, at(kLane));
+            hn::StoreU(hn::UpperHalf(kHalf, rows), kHalf, at(kLane + 4));
+        } else {
+            hn::StoreU(rows, kAll, at(kLane));
         }
     }
     static constexpr std::ptrdiff_t kRowBytes = sizeof(RowEdges);
-    static constexpr hn::FixedTag<std::uint32_t, 4> kFourWords{};
 
     HWY_INLINE void computeRuns(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
-        const VI none = hn::Load(kInts, end + row);
-        const auto flatRow = hn::Ne(hn::Load(kInts, flat + row), hn::Zero(kInts));
-        const VF half =
-            hn::Sub(hn::IfThenElse(missed, whole.solid, inside.solid), hn::Set(kFloats, kSlack));
-        const VI first = hn::IfThenElse(flatRow, none, firstWithin(half));
-        const VI behind = hn::Max(first, hn::IfThenElse(flatRow, none, endWithin(half)));
-        hn::Store(first, kInts, middleBegin + row);
-        hn::Store(behind, kInts, middleEnd + row);
         hn::Store(hn::VecFromMask(kInts, hn::RebindMask(kInts, missed)), kInts, middleIsRim + row);
-        if (!wideRim) return;
+        const VI rowEnd = hn::Load(kInts, end + row);
+        const VI rowFlat = hn::Load(kInts, flat + row);
+        const VI rowBegin = hn::IfVecThenElse(rowFlat, rowEnd, hn::Load(kInts, begin + row));
+        const VF slack = hn::Set(kFloats, kSlack);
+        const VF half = hn::Sub(hn::IfThenElse(missed, whole.solid, inside.solid), slack);
+        const VI first = hn::Min(hn::Max(firstWithin(half), rowBegin), rowEnd);
+        const VI behind = hn::Max(endWithin(half), first);
+        if (!wideRim) {
+            const VI x = layRun(0, row, rowBegin, {first, behind, rowEnd});
+            layEdges(1, row, x, rowEnd);
+            return;
+        }
         // Rows that miss the inside have one run, the middle: none to the left or right of it.
-        const VF far = hn::Sub(whole.solid, hn::Set(kFloats, kSlack));
-        const VF near = hn::Neg(hn::Add(inside.clear, hn::Set(kFloats, kSlack)));
-        const auto rim = hn::Or(flatRow, hn::RebindMask(kInts, missed));
-        hn::Store(hn::IfThenElse(rim, first, hn::Min(firstWithin(far), first)), kInts,
-                  leftRimBegin + row);
-        hn::Store(hn::IfThenElse(rim, first, hn::Min(endWithin(near), first)), kInts,
-                  leftRimEnd + row);
-        hn::Store(hn::IfThenElse(rim, behind, hn::Max(firstWithin(near), behind)), kInts,
-                  rightRimBegin + row);
-        hn::Store(hn::IfThenElse(rim, behind, hn::Max(endWithin(far), behind)), kInts,
-                  rightRimEnd + row);
+        const auto alone = hn::RebindMask(kInts, missed);
+        const VF far = hn::Sub(whole.solid, slack);
+        const VF near = hn::Neg(hn::Add(inside.clear, slack));
+        const VI left = hn::IfThenElse(alone, first, hn::Min(firstWithin(far), first));
+        const VI leftEnd = hn::IfThenElse(alone, first, hn::Min(endWithin(near), first));
+        const VI right = hn::IfThenElse(alone, rowEnd, hn::Max(firstWithin(near), behind));
+        const VI rightEnd = hn::IfThenElse(alone, rowEnd, hn::Max(endWithin(far), behind));
+        VI x = layRun(0, row, rowBegin, {left, leftEnd, first});
+        x = layRun(1, row, x, {first, behind, hn::Min(right, rowEnd)});
+        x = layRun(2, row, x, {right, hn::Min(rightEnd, rowEnd), rowEnd});
+        layEdges(3, row, x, rowEnd);
+    }
+
+    struct Run {
+        VI begin, end;
+        VI next;  // where the vectors behind the run should end
+    };
+
+    static HWY_INLINE VI vectorsFor(VI pixels) {
+        constexpr int kShift = kLanes == 8 ? 3 : 2;
+        static_assert(kLanes == 1 << kShift);
+        return hn::ShiftRight<kShift>(
+            hn::Add(hn::Max(pixels, hn::Zero(kInts)), hn::Set(kInts, kLanes - 1)));
+    }
+    static HWY_INLINE VI pixelsOf(VI vectors) { return hn::Mul(vectors, hn::Set(kInts, kLanes)); }
+
+    HWY_INLINE VI layEdges(int index, int row, VI x, VI until) {
+        const VI vectors = vectorsFor(hn::Sub(until, x));
+        hn::Store(x, kInts, edgesBegin[index] + row);
+        hn::Store(vectors, kInts, edgesCount[index] + row);
+        return hn::Add(x, pixelsOf(vectors));
+    }
+
+    // Returns where the run ends: whole vectors before `next`, so that the last one is filled.
+    HWY_INLINE VI layRun(int index, int row, VI x, const Run& run) {
+        const VI from = layEdges(index, row, x, run.begin);
+        const VI rest = pixelsOf(vectorsFor(hn::Sub(run.next, run.end)));
+        const VI to = hn::Max(hn::Sub(run.next, rest), from);
+        hn::Store(from, kInts, runBegin[index] + row);
+        hn::Store(to, kInts, runEnd[index] + row);
+        return to;
     }
 
     HWY_INLINE void computeHalfChords(float radius, float* halfChords) const {

@@ -24,8 +24,7 @@ namespace {
 
 // Eight pixels that an edge may cross.
 struct EdgeUnit {
-    std::uint32_t* at;
-    std::int32_t place;  // of the first pixel's middle, from the circle's, in 1/8192 pixels
+    std::int32_t x;
     std::int32_t row;
 };
 
@@ -52,142 +51,117 @@ HWY_INLINE void withPart(std::uint32_t* at, int count, const Draw& draw) {
     std::memcpy(at, part, bytes);
 }
 
-HWY_INLINE void drawEdge(std::uint32_t* HWY_RESTRICT at, const RowEdges& edges, std::int32_t place,
-                         const Brush& brush) {
-    VU16 outer, inner;
-    TangentRow(edges, brush.constants).at(place, outer, inner);
-    hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
-}
+// The rows of one circle being drawn.
+struct Canvas {
+    std::uint32_t* firstRow;
+    std::ptrdiff_t stride;
+    const CircleRows& rows;
+    const Brush& brush;
+
+    [[nodiscard]] HWY_INLINE std::uint32_t* at(int x, int row) const {
+        return firstRow + row * stride + x;
+    }
+    // Calls `draw` with the eight pixels from x on, which are others where the clip has fewer.
+    template <class Draw>
+    HWY_INLINE void with(int x, int row, const Draw& draw) const {
+        const int room = rows.clip.right() - x;
+        if (HWY_LIKELY(room >= kLanes)) {
+            draw(at(x, row));
+        } else {
+            withPart(at(x, row), room, draw);
+        }
+    }
+};
 
 // The edges' pixels of many rows one after the other: in one loop, whose end alone is a surprise.
-HWY_NOINLINE void drawUnits(const EdgeUnit* units, int count, const RowEdges* edges,
-                            const Brush& brush) {
+HWY_NOINLINE void drawUnits(const EdgeUnit* units, int count, const Canvas& canvas) {
+    const Brush& brush = canvas.brush;
+    const auto origin = std::int32_t((0.5F - canvas.rows.circle.x) * kUnitsPerPixel);
     for (int i = 0; i < count; ++i) {
-        drawEdge(units[i].at, edges[units[i].row], units[i].place, brush);
+        const EdgeUnit unit = units[i];
+        canvas.with(unit.x, unit.row, [&](std::uint32_t* at) HWY_ATTR {
+            VU16 outer, inner;
+            const std::int32_t place = origin + unit.x * (1 << kPixelBits);
+            TangentRow(canvas.rows, unit.row, brush.constants).at(place, outer, inner);
+            hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
+        });
     }
 }
 
-// Draws the rows of one circle: constant colours at once, edges when enough of them have gathered.
-class CirclePen {
-  public:
-    HWY_INLINE CirclePen(const RenderTarget& target, const CircleRows& rows, const Brush& brush)
-        : target_(target),
-          rows_(rows),
-          brush_(brush),
-          clipRight_(rows.clip.right()),
-          origin_(std::int32_t((0.5F - rows.circle.x) * kUnitsPerPixel)) {}
-
-    HWY_INLINE void drawTangents() {
-        for (row_ = 0; row_ < rows_.count; ++row_) {
-            startRow();
-            if (rows_.flat[row_]) {
-                drawFloats<FlatRow>();
-            } else {
-                drawRow();
+HWY_NOINLINE void drawEdges(const Canvas& canvas, int index) {
+    EdgeUnit units[kMostUnits];
+    int count = 0;
+    const CircleRows& rows = canvas.rows;
+    for (int row = 0; row < rows.count; ++row) {
+        const int x = rows.edgesBegin[index][row];
+        const int more = rows.edgesCount[index][row];
+        if (HWY_UNLIKELY(count + std::max(more, 2) > kMostUnits)) {
+            drawUnits(units, count, canvas);
+            count = 0;
+        }
+        // Mostly there are no more than two: writing them all the same spares a branch.
+        units[count] = {x, row};
+        units[count + 1] = {x + kLanes, row};
+        for (int i = 2; HWY_UNLIKELY(i < more); ++i) {
+            if (count + i == kMostUnits) {
+                drawUnits(units, kMostUnits, canvas);
+                count = -i;
             }
+            units[count + i] = {x + i * kLanes, row};
         }
-        flush();
+        count += more;
     }
+    drawUnits(units, count, canvas);
+}
 
-    HWY_INLINE void drawChords() {
-        for (row_ = 0; row_ < rows_.count; ++row_) {
-            startRow();
-            drawFloats<ChordRow>();
+HWY_NOINLINE void drawRuns(const Canvas& canvas, int index) {
+    const CircleRows& rows = canvas.rows;
+    const bool middle = index == rows.runs() / 2;
+    for (int row = 0; row < rows.count; ++row) {
+        const int end = rows.runEnd[index][row];
+        const SolidPaint& paint =
+            middle && !rows.middleIsRim[row] ? canvas.brush.inside : canvas.brush.rim;
+        int x = rows.runBegin[index][row];
+        for (; x + kLanes <= end; x += kLanes) {
+            std::uint32_t* at = canvas.at(x, row);
+            hn::StoreU(paint.over(hn::LoadU(kPixels, at)), kPixels, at);
         }
+        if (x >= end) continue;
+        canvas.with(x, row, [&](std::uint32_t* at) HWY_ATTR {
+            const auto below = hn::LoadU(kPixels, at);
+            const auto mask = hn::FirstN(kPixels, std::size_t(end - x));
+            hn::StoreU(hn::IfThenElse(mask, paint.over(below), below), kPixels, at);
+        });
     }
+}
 
-  private:
-    HWY_INLINE void startRow() {
-        pixels_ = target_.pixels + std::ptrdiff_t{rows_.firstRow + row_} * target_.stride;
-        x_ = rows_.begin[row_];
-    }
-
-    HWY_INLINE void drawRow() {
-        const int end = rows_.end[row_];
-        const SolidPaint& middle = rows_.middleIsRim[row_] ? brush_.rim : brush_.inside;
-        if (HWY_LIKELY(!rows_.wideRim)) {
-            edgesTo(rows_.middleBegin[row_]);
-            solidTo(rows_.middleEnd[row_], end, middle);
-            edgesTo(end);
-            return;
-        }
-        edgesTo(rows_.leftRimBegin[row_]);
-        solidTo(rows_.leftRimEnd[row_], rows_.middleBegin[row_], brush_.rim);
-        edgesTo(rows_.middleBegin[row_]);
-        solidTo(rows_.middleEnd[row_], rows_.rightRimBegin[row_], middle);
-        edgesTo(rows_.rightRimBegin[row_]);
-        solidTo(rows_.rightRimEnd[row_], end, brush_.rim);
-        edgesTo(end);
-    }
-
-    HWY_INLINE void edgesTo(int end) {
-        for (; x_ < end; x_ += kLanes) {
-            const std::int32_t place = origin_ + x_ * (1 << kPixelBits);
-            if (HWY_UNLIKELY(x_ + kLanes > clipRight_)) {
-                withPart(pixels_ + x_, clipRight_ - x_, [&](std::uint32_t* part) HWY_ATTR {
-                    drawEdge(part, rows_.edges[row_], place, brush_);
-                });
-                continue;
-            }
-            units_[count_++] = {pixels_ + x_, place, row_};
-            if (HWY_UNLIKELY(count_ == kMostUnits)) flush();
-        }
-    }
-
-    // From here to `end` all is one colour. Goes on to where the edges' pixels from there to
-    // `next` begin, if these are to be whole vectors.
-    HWY_INLINE void solidTo(int end, int next, const SolidPaint& paint) {
-        const int stop = next - (std::max(next - end, 0) + kLanes - 1) / kLanes * kLanes;
-        if (stop <= x_) return;
-        for (; x_ + kLanes <= stop; x_ += kLanes) {
-            hn::StoreU(paint.over(hn::LoadU(kPixels, pixels_ + x_)), kPixels, pixels_ + x_);
-        }
-        if (x_ == stop) return;
-        if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
-            const auto mask = hn::FirstN(kPixels, std::size_t(stop - x_));
-            const auto below = hn::LoadU(kPixels, pixels_ + x_);
-            hn::StoreU(hn::IfThenElse(mask, paint.over(below), below), kPixels, pixels_ + x_);
-        } else {
-            withPart(pixels_ + x_, stop - x_, [&](std::uint32_t* part) HWY_ATTR {
-                hn::StoreU(paint.over(hn::LoadU(kPixels, part)), kPixels, part);
-            });
-        }
-        x_ = stop;
-    }
-
-    template <class Row>
-    HWY_INLINE void drawFloats() {
-        const Row cover(rows_, row_);
-        const auto draw = [&](std::uint32_t* at) HWY_ATTR {
+template <class Row>
+HWY_NOINLINE void drawRow(const Canvas& canvas, int row) {
+    const Row cover(canvas.rows, row);
+    for (int x = canvas.rows.begin[row]; x < canvas.rows.end[row]; x += kLanes) {
+        canvas.with(x, row, [&](std::uint32_t* at) HWY_ATTR {
             VU16 outer, inner;
-            cover.at(cover.placeOf(x_), outer, inner);
-            hn::StoreU(brush_.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
-        };
-        for (const int end = rows_.end[row_]; x_ < end; x_ += kLanes) {
-            if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
-                draw(pixels_ + x_);
-            } else {
-                withPart(pixels_ + x_, clipRight_ - x_, draw);
-            }
-        }
+            cover.at(cover.placeOf(x), outer, inner);
+            const auto below = hn::LoadU(kPixels, at);
+            hn::StoreU(canvas.brush.paints.over(below, outer, inner), kPixels, at);
+        });
     }
+}
 
-    HWY_INLINE void flush() {
-        drawUnits(units_, count_, rows_.edges, brush_);
-        count_ = 0;
+HWY_INLINE void drawTangents(const Canvas& canvas) {
+    for (int i = 0; i < canvas.rows.runs(); ++i) {
+        drawRuns(canvas, i);
+        drawEdges(canvas, i);
     }
+    drawEdges(canvas, canvas.rows.runs());
+    for (int row = 0; row < canvas.rows.count; ++row) {
+        if (canvas.rows.flat[row]) drawRow<FlatRow>(canvas, row);
+    }
+}
 
-    const RenderTarget& target_;
-    const CircleRows& rows_;
-    const Brush& brush_;
-    std::uint32_t* pixels_ = nullptr;
-    int row_ = 0;
-    int x_ = 0;
-    int count_ = 0;
-    const int clipRight_;
-    const std::int32_t origin_;
-    EdgeUnit units_[kMostUnits];
-};
+HWY_INLINE void drawChords(const Canvas& canvas) {
+    for (int row = 0; row < canvas.rows.count; ++row) drawRow<ChordRow>(canvas, row);
+}
 
 HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
                              const CircleLook& look, const Instance& instance, CircleRows& rows) {
@@ -198,13 +172,14 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
-        CirclePen pen(target, rows, brush);
+        std::uint32_t* pixels = target.pixels + std::ptrdiff_t{rows.firstRow} * target.stride;
+        const Canvas canvas{pixels, target.stride, rows, brush};
         if (rows.small()) {
             rows.computeChords();
-            pen.drawChords();
+            drawChords(canvas);
         } else {
             rows.computeTangents();
-            pen.drawTangents();
+            drawTangents(canvas);
         }
         rows.firstRow += rows.count;
     }
