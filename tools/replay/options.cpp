@@ -39,7 +39,8 @@ constexpr double kNanosecondsPerMillisecond = 1e6;
 constexpr int kHighestFps = 1000;
 
 enum Option {
-    kSettings = 1,
+    kSettings = 256,  // above every letter
+
     kSize,
     kScale,
     kFps,
@@ -165,6 +166,13 @@ const char* contradiction(const ReplayOptions& options) {
     return nullptr;
 }
 
+// The option that getopt_long() did not like. Of letters, which it has none of, several may stand
+// behind one hyphen.
+std::string refused(char** values) {
+    const bool letter = optopt > 0 && optopt < kSettings;
+    return letter ? std::string{'-', static_cast<char>(optopt)} : values[optind - 1];
+}
+
 }  // namespace
 
 Result<ReplayOptions> parseReplayOptions(int count, char** values) {
@@ -172,11 +180,10 @@ Result<ReplayOptions> parseReplayOptions(int count, char** values) {
     opterr = 0;
     int place = 0;
     while (true) {
-        const int before = optind;
         const int name = getopt_long(count, values, ":", kOptions, &place);
         if (name == -1) break;
-        if (name == '?') return Error{std::string("no such option: ") + values[before]};
-        if (name == ':') return Error{std::string(values[before]) + " needs a value"};
+        if (name == '?') return Error{"no such option: " + refused(values)};
+        if (name == ':') return Error{refused(values) + " needs a value"};
         if (name == kHelp || name == kVersion) {
             options.task = name == kHelp ? ReplayOptions::Task::help : ReplayOptions::Task::version;
             return options;

@@ -17,8 +17,14 @@ constexpr double kLargestSide = 16384;
 constexpr double kMostPixels = 64 << 20;
 constexpr MachTime kLongestRest = 60 * kNanosecondsPerSecond;
 
+// As compilers do, so that editors find the place.
+int refuse(const std::string& fileAndMessage) {
+    std::fprintf(stderr, "%s\n", fileAndMessage.c_str());
+    return kReplayBadInput;
+}
+
 void warn(const std::string& file, const std::string& message) {
-    std::fprintf(stderr, "skavlo-replay: %s: warning: %s\n", file.c_str(), message.c_str());
+    std::fprintf(stderr, "%s: warning: %s\n", file.c_str(), message.c_str());
 }
 
 // In front of a colour; without one as it is.
@@ -92,9 +98,9 @@ class Filming {
             }
             if (playback_.endedAt(time, period)) return finish();
         }
-        return replayFails(kReplayBadInput, options_.recording +
-                                                ": more than 99999 frames; a lower --fps or "
-                                                "--tail makes it fewer");
+        return refuse(options_.recording +
+                      ": more than 99999 frames; a lower --fps or "
+                      "--tail makes it fewer");
     }
 
   private:
@@ -140,13 +146,13 @@ int replayFails(int status, const std::string& message) {
 int replay(const ReplayOptions& options, const std::string& rasterProgram,
            const volatile std::sig_atomic_t& stopped) {
     auto recording = readRecording(options.recording);
-    if (!recording) return replayFails(kReplayBadInput, recording.error().message);
+    if (!recording) return refuse(recording.error().message);
     auto pixels = pixelSize(options, *recording);
-    if (!pixels) return replayFails(kReplayBadInput, pixels.error().message);
+    if (!pixels) return refuse(pixels.error().message);
     std::optional<std::string> settings;
     if (!options.settings.empty()) {
         settings = PosixFiles().read(options.settings);
-        if (!settings) return replayFails(kReplayBadInput, options.settings + ": cannot be read");
+        if (!settings) return refuse(options.settings + ": cannot be read");
     }
     for (const std::string& oddity : contactOddities(*recording)) warn(options.recording, oddity);
 

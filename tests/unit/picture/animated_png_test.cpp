@@ -1,0 +1,132 @@
+#include "tools/picture/animated_png.h"
+
+#include <gtest/gtest.h>
+#include <png.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "tools/picture/png.h"
+
+namespace skavlo {
+namespace {
+
+Bitmap filled(PixelSize size, std::uint32_t colour) {
+    Bitmap bitmap{size, {}};
+    bitmap.pixels.assign(static_cast<std::size_t>(size.width) * size.height, colour);
+    return bitmap;
+}
+
+struct Chunk {
+    std::string type;
+    std::string contents;
+};
+
+std::uint32_t number(const std::string& bytes, std::size_t place, int length = 4) {
+    std::uint32_t value = 0;
+    for (int i = 0; i < length; ++i) {
+        value = value << 8 | static_cast<unsigned char>(bytes.at(place + i));
+    }
+    return value;
+}
+
+std::vector<Chunk> chunksOf(const std::string& file) {
+    std::vector<Chunk> chunks;
+    for (std::size_t place = 8; place < file.size();) {
+        const std::size_t length = number(file, place);
+        chunks.push_back({file.substr(place + 4, 4), file.substr(place + 8, length)});
+        const std::string checked = file.substr(place + 4, length + 4);
+        EXPECT_EQ(number(file, place + 8 + length),
+                  crc32(0, reinterpret_cast<const Bytef*>(checked.data()),
+                        static_cast<uInt>(checked.size())))
+            << chunks.back().type;
+        place += length + 12;
+    }
+    return chunks;
+}
+
+std::string written(const AnimatedPng& animation) {
+    const std::string path = testing::TempDir() + "skavlo-animation-test.png";
+    const auto error = animation.write(path);
+    EXPECT_FALSE(error) << error->message;
+    std::ifstream file(path, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    std::remove(path.c_str());
+    return bytes;
+}
+
+std::vector<std::uint8_t> decoded(const std::string& file) {
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    EXPECT_NE(png_image_begin_read_from_memory(&image, file.data(), file.size()), 0);
+    image.format = PNG_FORMAT_RGB;
+    std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(image));
+    EXPECT_NE(png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr), 0);
+    return bytes;
+}
+
+TEST(Png, keepsColours) {
+    EXPECT_EQ(decoded(encodePng(filled({2, 1}, 0xFF123456))),
+              (std::vector<std::uint8_t>{0x12, 0x34, 0x56, 0x12, 0x34, 0x56}));
+}
+
+TEST(Png, namesTheFileItCannotWrite) {
+    const auto error = writePng("/nonexistent/picture.png", filled({1, 1}, 0));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->message, "cannot write /nonexistent/picture.png: No such file or directory");
+}
+
+TEST(Difference, isTheSmallestRectangle) {
+    const Bitmap left = filled({8, 6}, 1);
+    Bitmap right = left;
+    EXPECT_TRUE(difference(left, right).empty());
+    right.pixels[2 * 8 + 5] = 2;
+    EXPECT_EQ(difference(left, right), (PixelRect{5, 2, 1, 1}));
+    right.pixels[4 * 8 + 1] = 2;
+    EXPECT_EQ(difference(left, right), (PixelRect{1, 2, 5, 3}));
+    EXPECT_EQ(difference(left, filled({8, 6}, 3)), (PixelRect{0, 0, 8, 6}));
+}
+
+TEST(AnimatedPng, isAPngOfItsFirstFrame) {
+    AnimatedPng animation;
+    animation.add(filled({3, 2}, 0xFF010203), 40);
+    animation.add(filled({3, 2}, 0xFF000000), 40);
+    EXPECT_EQ(decoded(written(animation)), decoded(encodePng(filled({3, 2}, 0xFF010203))));
+}
+
+TEST(AnimatedPng, storesChangesAndLoops) {
+    Bitmap picture = filled({10, 10}, 0xFF000000);
+    AnimatedPng animation;
+    animation.add(picture, 40);
+    animation.add(picture, 50);  // the same: shown longer
+    picture.pixels[3 * 10 + 7] = 0xFFFF0000;
+    animation.add(picture, 60);
+    ASSERT_EQ(animation.frames(), 2U);
+
+    const auto chunks = chunksOf(written(animation));
+    std::string types;
+    for (const Chunk& chunk : chunks) {
+        types += chunk.type + " ";
+    }
+    ASSERT_EQ(types, "IHDR acTL fcTL IDAT fcTL fdAT IEND ");
+    EXPECT_EQ(number(chunks[1].contents, 0), 2U);  // frames
+    EXPECT_EQ(number(chunks[1].contents, 4), 0U);  // plays: without end
+    EXPECT_EQ(number(chunks[2].contents, 0), 0U);  // sequence numbers run through both kinds
+    EXPECT_EQ(number(chunks[2].contents, 20, 2), 90U);
+    EXPECT_EQ(number(chunks[4].contents, 0), 1U);
+    EXPECT_EQ(number(chunks[4].contents, 4), 1U);   // width
+    EXPECT_EQ(number(chunks[4].contents, 8), 1U);   // height
+    EXPECT_EQ(number(chunks[4].contents, 12), 7U);  // x
+    EXPECT_EQ(number(chunks[4].contents, 16), 3U);  // y
+    EXPECT_EQ(number(chunks[4].contents, 20, 2), 60U);
+    EXPECT_EQ(number(chunks[4].contents, 22, 2), 1000U);
+    EXPECT_EQ(number(chunks[5].contents, 0), 2U);
+}
+
+TEST(AnimatedPng, withoutFramesIsAnError) {
+    EXPECT_TRUE(AnimatedPng().write(testing::TempDir() + "never-written.png"));
+}
+
+}  // namespace
+}  // namespace skavlo
