@@ -2,6 +2,7 @@
 // ratios of the least times of each pair. Run with --benchmark_repetitions for a minimum.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -83,6 +84,52 @@ void circlesCairo(benchmark::State& state) {
     countCopies(state, int(state.range(0)));
 }
 
+// A soft ball with a bright spot, as emoji are.
+Bitmap ballPicture(int side) {
+    Bitmap picture{{side, side}, {}};
+    for (int y = 0; y < side; ++y) {
+        for (int x = 0; x < side; ++x) {
+            const double middle = side / 2.0;
+            const double d = std::hypot(x + 0.5 - middle, y + 0.5 - middle) / middle;
+            const double alpha = std::clamp((1 - d) * 10, 0.0, 1.0);
+            const double light = 1 - 0.6 * std::hypot(x - 0.7 * middle, y - 0.7 * middle) / side;
+            const auto level = [&](double part) { return std::uint32_t(255 * part * alpha); };
+            picture.pixels.push_back(level(1) << 24 | level(light) << 16 |
+                                     level(0.8 * light) << 8 | level(0.2 * light));
+        }
+    }
+    return picture;
+}
+
+constexpr int kPictureSide = 80;
+
+void pictures(benchmark::State& state) {
+    Screen screen;
+    const Sprite sprite(std::make_shared<Bitmap>(ballPicture(kPictureSide)), kPictureSide);
+    const auto copies = fadingCopies(int(state.range(0)));
+    for (auto _ : state) {
+        drawSprites(screen.target, kWhole, sprite, copies);
+        benchmark::ClobberMemory();
+    }
+    countCopies(state, int(state.range(0)));
+}
+
+void picturesCairo(benchmark::State& state, cairo_filter_t filter) {
+    CairoPeer peer(kScreen);
+    const Bitmap picture = ballPicture(kPictureSide);
+    const auto copies = fadingCopies(int(state.range(0)));
+    for (auto _ : state) peer.pictures(picture, kPictureSide, filter, copies);
+    countCopies(state, int(state.range(0)));
+}
+
+void picturesCairoDefault(benchmark::State& state) {
+    picturesCairo(state, CAIRO_FILTER_GOOD);
+}
+
+void picturesCairoBilinear(benchmark::State& state) {
+    picturesCairo(state, CAIRO_FILTER_BILINEAR);
+}
+
 // The roofline: nothing but a colour over every pixel, as one disc that hides the screen's rim.
 void wholeFrame(benchmark::State& state) {
     Screen screen;
@@ -107,6 +154,9 @@ void clearFrame(benchmark::State& state) {
 BENCHMARK(circles)->Arg(1000)->Arg(25000)->Unit(benchmark::kMillisecond);
 BENCHMARK(circlesAndClear)->Arg(25000)->Unit(benchmark::kMillisecond);
 BENCHMARK(circlesCairo)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(pictures)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(picturesCairoDefault)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(picturesCairoBilinear)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(wholeFrame)->Unit(benchmark::kMillisecond);
 BENCHMARK(clearFrame)->Unit(benchmark::kMillisecond);
 
@@ -145,6 +195,11 @@ void summary(const Least& least) {
     least.figure("microseconds a copy, 1,000", "circles/1000", 1);
     least.figure("microseconds a copy, 25,000", "circles/25000", 1.0 / 25);
     least.figure("milliseconds a frame of 25,000, clear included", "circlesAndClear/25000", 1);
+    least.ratio("1,000 fading pictures: Cairo, default filter / ours", "picturesCairoDefault/1000",
+                "pictures/1000");
+    least.ratio("1,000 fading pictures: Cairo, bilinear / ours", "picturesCairoBilinear/1000",
+                "pictures/1000");
+    least.figure("microseconds a copy, 1,000 pictures", "pictures/1000", 1);
     least.figure("milliseconds to blend one colour over the whole frame", "wholeFrame/", 1);
 }
 

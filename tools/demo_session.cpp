@@ -122,7 +122,7 @@ std::optional<Error> DemoSession::play(const TouchRecording& recording) {
     nextFrame_ = std::chrono::steady_clock::now();
     begin_ = nextFrame_ + kLead;
     for (const RecordedFrame& frame : recording.frames) {
-        if (const auto error = captureUntil(begin_ + nanoseconds(frame.time))) {
+        if (auto error = captureUntil(begin_ + nanoseconds(frame.time))) {
             return error;
         }
         if (!touch(frame, recording.screen)) {
@@ -146,14 +146,14 @@ std::optional<Error> DemoSession::captureUntil(Time time) {
     while (true) {
         const bool moment = !moments_.empty() && begin_ + moments_.front().time < nextFrame_;
         const Time next = moment ? begin_ + moments_.front().time : nextFrame_;
-        if (const auto error = waitUntil(std::min(next, time))) {
+        if (auto error = waitUntil(std::min(next, time))) {
             return error;
         }
         if (next >= time) {
             return std::nullopt;
         }
         if (!moment) {
-            if (const auto error = captureFrame()) {
+            if (auto error = captureFrame()) {
                 return error;
             }
             continue;

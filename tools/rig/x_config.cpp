@@ -1,6 +1,7 @@
 #include "tools/rig/x_config.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <sstream>
 
 namespace skavlo::rig {
@@ -12,9 +13,9 @@ std::string modeLine(PixelSize size) {
     std::ostringstream line;
     const int total = size.width + 30;
     const int lines = size.height + 3;
-    line << "  Modeline \"" << modeName(size) << "\" " << total * lines * 60 / 1e6 << ' '
-         << size.width << ' ' << size.width + 10 << ' ' << size.width + 20 << ' ' << total << ' '
-         << size.height << ' ' << size.height + 1 << ' ' << size.height + 2 << ' ' << lines << '\n';
+    line << "  Modeline \"" << modeName(size) << "\" " << 60e-6 * total * lines << ' ' << size.width
+         << ' ' << size.width + 10 << ' ' << size.width + 20 << ' ' << total << ' ' << size.height
+         << ' ' << size.height + 1 << ' ' << size.height + 2 << ' ' << lines << '\n';
     return line.str();
 }
 
@@ -36,15 +37,15 @@ std::string screenSections(const std::vector<PixelSize>& sizes) {
         modes += modeLine(size);
         names += " \"" + modeName(size) + "\"";
     }
-    const int kilobytes = std::max(largest.width * largest.height * 4 / 1024, 1) * 2;
+    const std::int64_t kilobytes = std::int64_t{largest.width} * largest.height / 128 + 1024;
     std::ostringstream text;
     text << "Section \"Device\"\n  Identifier \"dummy\"\n  Driver \"dummy\"\n  VideoRam "
          << kilobytes << "\nEndSection\nSection \"Monitor\"\n  Identifier \"monitor\"\n"
          << "  HorizSync 1-5000\n  VertRefresh 1-1000\n"
          << modes << "EndSection\nSection \"Screen\"\n  Identifier \"screen\"\n"
          << "  Device \"dummy\"\n  Monitor \"monitor\"\n  DefaultDepth 24\n"
-         << "  SubSection \"Display\"\n    Depth 24\n    Modes" << names << "\n    Virtual "
-         << sizes.front().width << ' ' << sizes.front().height << "\n  EndSubSection\nEndSection\n";
+         << "  SubSection \"Display\"\n    Depth 24\n    Modes" << names
+         << "\n  EndSubSection\nEndSection\n";
     return text.str();
 }
 

@@ -15,7 +15,7 @@
 namespace skavlo::rig {
 
 struct XServerOptions {
-    // Modes of the one output; the first is in force at the start and the largest.
+    // Modes of the one output; the first is in force at the start.
     std::vector<PixelSize> sizes = {{1280, 720}};
     bool touch = true;
     int dpi = 96;

@@ -142,6 +142,15 @@ Bitmap bitmapOf(cairo_surface_t* surface, PixelSize size) {
     return bitmap;
 }
 
+void setSource(cairo_t* cr, cairo_surface_t* source, int texels, double side, const Instance& i,
+               cairo_filter_t filter) {
+    const double shown = side * i.scale;
+    cairo_translate(cr, i.x - shown / 2, i.y - shown / 2);
+    cairo_scale(cr, shown / texels, shown / texels);
+    cairo_set_source_surface(cr, source, 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(cr), filter);
+}
+
 void markSteps(Picture& picture, double step) {
     const auto differs = [&](std::size_t a, std::size_t b) {
         for (std::size_t c = 0; c < 4; ++c) {
@@ -197,22 +206,26 @@ Picture circle(PixelSize size, const CircleStyle& style, const Instance& instanc
 Picture sprite(PixelSize size, const Bitmap& source, double side, const Instance& instance,
                double edgeStep) {
     const Surface surface = surfaceOf(source);
-    const double shown = side * instance.scale;
     Picture picture{size, drawFinely(size,
                                      [&](cairo_t* cr) {
-                                         cairo_translate(cr, instance.x - shown / 2,
-                                                         instance.y - shown / 2);
-                                         const double scale = shown / source.size.width;
-                                         cairo_scale(cr, scale, scale);
-                                         cairo_set_source_surface(cr, surface.get(), 0, 0);
-                                         cairo_pattern_set_filter(cairo_get_source(cr),
-                                                                  CAIRO_FILTER_NEAREST);
+                                         setSource(cr, surface.get(), source.size.width, side,
+                                                   instance, CAIRO_FILTER_NEAREST);
                                          cairo_paint(cr);
                                      }),
                     std::vector<bool>(std::size_t(size.width) * std::size_t(size.height))};
     fade(picture.pixels, instance.opacity);
     markSteps(picture, edgeStep);
     return picture;
+}
+
+Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side,
+                      const Instance& instance) {
+    const Surface source = surfaceOf(picture);
+    const Surface drawn = newSurface(size);
+    const Context cr(cairo_create(drawn.get()), cairo_destroy);
+    setSource(cr.get(), source.get(), picture.size.width, side, instance, CAIRO_FILTER_BILINEAR);
+    cairo_paint_with_alpha(cr.get(), instance.opacity);
+    return bitmapOf(drawn.get(), size);
 }
 
 Difference difference(const Picture& expected, const Bitmap& drawn) {

@@ -27,6 +27,10 @@ Picture circle(PixelSize size, const CircleStyle& style, const Instance& instanc
 Picture sprite(PixelSize size, const Bitmap& picture, double side, const Instance& instance,
                double edgeStep);
 
+// The same drawn by Cairo at the resolution itself, with its bilinear filter.
+Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side,
+                      const Instance& instance);
+
 struct Difference {
     double edgeMean = 0;   // levels, over edge pixels and channels
     double otherMost = 0;  // levels, the worst channel of all other pixels

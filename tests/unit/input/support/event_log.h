@@ -10,7 +10,7 @@
 
 namespace skavlo::test {
 
-inline constexpr std::chrono::seconds kDeadline{20};
+inline constexpr std::chrono::seconds kDeadline{10};
 
 // False when the deadline passed first.
 inline bool runUntil(asio::io_context& context, const std::function<bool()>& seen,

@@ -243,6 +243,13 @@ void XServer::setTransformation(const char* device, const float (&matrix)[9]) {
     changeProperty(device, "Coordinate Transformation Matrix", "FLOAT", 32, 9, matrix);
 }
 
+void XServer::setNode(const char* device, const std::string& node) {
+    std::string padded = node;  // requests are padded to four bytes from what lies behind the data
+    padded.resize(node.size() + 4);
+    changeProperty(device, "Device Node", "STRING", 8, static_cast<std::uint32_t>(node.size()),
+                   padded.data());
+}
+
 void XServer::setEnabled(const char* device, bool enabled) {
     const std::uint32_t value = enabled ? 1 : 0;  // sent as one byte, padded
     changeProperty(device, "Device Enabled", "INTEGER", 8, 1, &value);

@@ -30,6 +30,7 @@ class XServer {
 
     // As a user would with xinput and a mouse; return when the server has done it.
     void setTransformation(const char* device, const float (&matrix)[9]);
+    void setNode(const char* device, const std::string& node);
     void setEnabled(const char* device, bool enabled);
     void moveMouse(int x, int y);
     void button(int physicalButton, bool pressed);

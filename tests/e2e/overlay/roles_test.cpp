@@ -1,0 +1,195 @@
+// The short roles of the real executable on the real process-id file.
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+
+#include "tests/e2e/overlay/overlay_rig.h"
+
+namespace skavlo {
+namespace {
+
+class ExecutableRoles : public OverlayFiles {
+  protected:
+    static int statusOf(const std::string& role) {
+        const int status = runSkavlo(role);
+        EXPECT_TRUE(WIFEXITED(status)) << "skavlo " << role << " was ended by a signal";
+        return WEXITSTATUS(status);
+    }
+    // A process that exists until it is killed or this object goes.
+    class Sleeper {
+      public:
+        Sleeper() : pid_(fork()) {
+            if (pid_ == 0) {
+                pause();
+                _exit(0);
+            }
+        }
+        ~Sleeper() {
+            if (reaped_) return;
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        Sleeper(const Sleeper&) = delete;
+        Sleeper& operator=(const Sleeper&) = delete;
+        [[nodiscard]] pid_t pid() const { return pid_; }
+        // The status of waitpid(), when it was killed.
+        int reap() {
+            int status = 0;
+            waitpid(pid_, &status, 0);
+            reaped_ = true;
+            return status;
+        }
+        [[nodiscard]] bool alive() const { return waitpid(pid_, nullptr, WNOHANG) == 0; }
+
+      private:
+        pid_t pid_;
+        bool reaped_ = false;
+    };
+    static bool pidFileExists() { return std::filesystem::exists(pidFile()); }
+};
+
+TEST_F(ExecutableRoles, CheckSaysOneWhileTheNamedProcessExists) {
+    Sleeper sleeper;
+    write(pidFile(), std::to_string(sleeper.pid()));
+    EXPECT_EQ(statusOf("-check"), 1);
+    EXPECT_TRUE(sleeper.alive());
+    EXPECT_TRUE(pidFileExists());
+}
+
+TEST_F(ExecutableRoles, CheckSaysZeroForAStaleId) {
+    pid_t gone = 0;
+    {
+        Sleeper sleeper;
+        gone = sleeper.pid();
+    }
+    write(pidFile(), std::to_string(gone));
+    EXPECT_EQ(statusOf("-check"), 0);
+}
+
+TEST_F(ExecutableRoles, CheckSaysZeroWithoutAFile) { EXPECT_EQ(statusOf("-check"), 0); }
+
+TEST_F(ExecutableRoles, CheckSaysOneForZeroNothingAndText) {
+    for (const char* contents : {"0", "", "abc"}) {
+        write(pidFile(), contents);
+        EXPECT_EQ(statusOf("-check"), 1) << '"' << contents << '"';
+    }
+}
+
+TEST_F(ExecutableRoles, CheckProbesTheProcessGroupOfANegativeNumber) {
+    Sleeper sleeper;
+    setpgid(sleeper.pid(), sleeper.pid());
+    write(pidFile(), "-" + std::to_string(sleeper.pid()));
+    EXPECT_EQ(statusOf("-check"), 1);
+    kill(sleeper.pid(), SIGKILL);
+    sleeper.reap();
+    EXPECT_EQ(statusOf("-check"), 0);
+}
+
+TEST_F(ExecutableRoles, CheckTakesTheLeadingNumber) {
+    Sleeper sleeper;
+    write(pidFile(), " " + std::to_string(sleeper.pid()) + "x");
+    EXPECT_EQ(statusOf("-check"), 1);
+}
+
+TEST_F(ExecutableRoles, CheckSaysZeroForAHugeNumber) {
+    write(pidFile(), "99999999999999999999");
+    EXPECT_EQ(statusOf("-check"), 0);
+}
+
+TEST_F(ExecutableRoles, CheckSaysZeroForAFileThatCannotBeRead) {
+    std::filesystem::create_directory(pidFile());
+    EXPECT_EQ(statusOf("-check"), 0);
+    std::filesystem::remove(pidFile());
+    ASSERT_EQ(mkfifo(pidFile().c_str(), 0600), 0);
+    EXPECT_EQ(statusOf("-check"), 0);
+}
+
+TEST_F(ExecutableRoles, CheckSaysZeroForAFileWithoutReadPermission) {
+    if (geteuid() == 0) GTEST_SKIP() << "root may read every file";
+    write(pidFile(), std::to_string(getpid()));
+    ASSERT_EQ(chmod(pidFile().c_str(), 0), 0);
+    EXPECT_EQ(statusOf("-check"), 0);
+}
+
+TEST_F(ExecutableRoles, ExitKillsTheNamedProcessAndRemovesTheFile) {
+    Sleeper sleeper;
+    write(pidFile(), std::to_string(sleeper.pid()));
+    EXPECT_EQ(statusOf("-exit"), 0);
+    const int status = sleeper.reap();
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+    EXPECT_FALSE(pidFileExists());
+}
+
+TEST_F(ExecutableRoles, ExitTakesTheLeadingNumber) {
+    Sleeper sleeper;
+    write(pidFile(), "  " + std::to_string(sleeper.pid()) + " x");
+    EXPECT_EQ(statusOf("-exit"), 0);
+    EXPECT_TRUE(WIFSIGNALED(sleeper.reap()));
+}
+
+TEST_F(ExecutableRoles, ExitOnlyRemovesAFileWithoutAPositiveNumber) {
+    Sleeper sleeper;
+    setpgid(sleeper.pid(), sleeper.pid());
+    for (const std::string& contents : {std::string("0"), std::string(), std::string("abc"),
+                                        "-" + std::to_string(sleeper.pid())}) {
+        write(pidFile(), contents);
+        EXPECT_EQ(statusOf("-exit"), 0) << contents;
+        EXPECT_FALSE(pidFileExists()) << contents;
+        EXPECT_TRUE(sleeper.alive()) << contents;
+    }
+}
+
+TEST_F(ExecutableRoles, ExitRemovesTheFileOfAStaleOrHugeId) {
+    for (const char* contents : {"2147483000", "99999999999999999999"}) {
+        write(pidFile(), contents);
+        EXPECT_EQ(statusOf("-exit"), 0);
+        EXPECT_FALSE(pidFileExists());
+    }
+}
+
+TEST_F(ExecutableRoles, ExitWithoutAFileDoesNothing) { EXPECT_EQ(statusOf("-exit"), 0); }
+
+TEST_F(ExecutableRoles, ExitLeavesAFileThatCannotBeRead) {
+    std::filesystem::create_directory(pidFile());
+    EXPECT_EQ(statusOf("-exit"), 0);
+    EXPECT_TRUE(pidFileExists());
+    std::filesystem::remove(pidFile());
+}
+
+// Until the settings application is installed, its role ends with the status for a missing module;
+// what matters here is which role a first argument selects.
+TEST_F(ExecutableRoles, AnyOtherFirstArgumentIsTheSettingsApplication) {
+    Sleeper sleeper;
+    const int settings = statusOf("");
+    for (const char* role : {"-HUD", "-hud ", "-hudx", "--hud", "-Check", "-check1", "-EXIT", "x"}) {
+        write(pidFile(), std::to_string(sleeper.pid()));
+        EXPECT_EQ(statusOf(role), settings) << role;
+        EXPECT_TRUE(pidFileExists()) << role;
+        EXPECT_TRUE(sleeper.alive()) << role;
+    }
+}
+
+TEST_F(ExecutableRoles, HudWithoutAWindowServerRemovesItsFileAndFails) {
+    const int status = runSkavlo("-hud", {"DISPLAY", "WAYLAND_DISPLAY"});
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_NE(WEXITSTATUS(status), 0);
+    EXPECT_FALSE(pidFileExists());
+}
+
+TEST_F(ExecutableRoles, HudKillsThePreviousOverlayFirst) {
+    Sleeper previous;
+    write(pidFile(), std::to_string(previous.pid()));
+    runSkavlo("-hud", {"DISPLAY", "WAYLAND_DISPLAY"});
+    const int status = previous.reap();
+    ASSERT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
+}  // namespace
+}  // namespace skavlo
