@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <fstream>
 
 #include "tests/unit/replay/replay_fixture.h"
@@ -36,8 +37,8 @@ INSTANTIATE_TEST_SUITE_P(Golden, GoldenTest,
                                          Golden{"mid-lift", "drag.txt", "600", nullptr},
                                          Golden{"star", "drag.txt", "300", "star.settings.plist"},
                                          Golden{"lift-all", "lift-all.txt", "450", nullptr}),
-                         [](const auto& info) {
-                             std::string name = info.param.name;
+                         [](const auto& place) {
+                             std::string name = place.param.name;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
