@@ -1,5 +1,6 @@
 #include "tools/replay/replay.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -56,11 +57,15 @@ class Playback {
         layOver(options_.background, bitmap);
         return bitmap;
     }
-    // Whether what was shown at this time is the end.
-    [[nodiscard]] bool endedAt(MachTime time, MachTime period) const {
+    // The end, or a time before it when that depends on what moves.
+    [[nodiscard]] MachTime leastEnd() const {
         const MachTime last = recording_.frames.empty() ? 0 : recording_.frames.back().time;
-        if (options_.tail) return time + period > last + *options_.tail;
-        return time >= last && (!player_.moving() || time >= last + kLongestRest);
+        return last + options_.tail.value_or(0);
+    }
+    // Whether what was shown at `time` is the end, or the next frame would be beyond it.
+    [[nodiscard]] bool endedAt(MachTime time, MachTime next) const {
+        if (options_.tail) return next > leastEnd();
+        return time >= leastEnd() && (!player_.moving() || time >= leastEnd() + kLongestRest);
     }
 
   private:
@@ -83,27 +88,31 @@ class Filming {
           animation_({transparencyOf(options), static_cast<std::uint16_t>(options.fps), true}) {}
 
     int run(const volatile std::sig_atomic_t& stopped) {
+        if (playback_.leastEnd() > timeOf(FrameDirectory::kMostFrames)) return refuseLength();
         if (!options_.frames.empty()) {
             auto directory = FrameDirectory::open(options_.frames, transparencyOf(options_));
             if (!directory) return replayFails(kReplayFailed, directory.error().message);
             directory_.emplace(std::move(*directory));
         }
-        const auto period = kNanosecondsPerSecond / static_cast<MachTime>(options_.fps);
         for (std::size_t frame = 0; frame < FrameDirectory::kMostFrames; ++frame) {
             if (stopped != 0) return kReplayFailed;
-            const MachTime time =
-                frame * kNanosecondsPerSecond / static_cast<MachTime>(options_.fps);
+            const MachTime time = timeOf(frame);
             if (const auto error = add(playback_.show(time))) {
                 return replayFails(kReplayFailed, error->message);
             }
-            if (playback_.endedAt(time, period)) return finish();
+            if (playback_.endedAt(time, timeOf(frame + 1))) return finish();
         }
-        return refuse(options_.recording +
-                      ": more than 99999 frames; a lower --fps or "
-                      "--tail makes it fewer");
+        return refuseLength();
     }
 
   private:
+    [[nodiscard]] MachTime timeOf(std::size_t frame) const {
+        return frame * kNanosecondsPerSecond / static_cast<MachTime>(options_.fps);
+    }
+    [[nodiscard]] int refuseLength() const {
+        return refuse(options_.recording +
+                      ": more than 99999 frames; a lower --fps or --tail makes it fewer");
+    }
     std::optional<Error> add(const Bitmap& bitmap) {
         if (!options_.animation.empty()) animation_.add(bitmap, 1);
         return directory_ ? directory_->add(bitmap) : std::nullopt;

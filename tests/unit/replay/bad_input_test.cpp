@@ -80,12 +80,35 @@ TEST_F(BadInputTest, picturesTooLargeAreRefused) {
 }
 
 TEST_F(BadInputTest, recordingsTooLongAreRefusedAndNothingIsLeft) {
+    const std::string tooLong =
+        ": more than 99999 frames; a lower --fps or --tail makes it fewer\n";
     const std::string file = writeFile("recording", "screen 1 1\n0 1 0 0 down\n1e12 1 0 0 up\n");
     const Outcome run = replay({"--frames", pathOf("f"), "--fps", "1", file});
     EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.errors, file +
-                              ": more than 99999 frames; a lower --fps or --tail makes it "
-                              "fewer\n");
+    EXPECT_EQ(run.errors, file + tooLong);
+    // Known only when it does not stop fading.
+    writeFile("recording", "screen 1 1\n0 1 0 0 down\n99990 1 0 0 up\n");
+    const Outcome late = replay({"--animation", pathOf("a.png"), "--fps", "1000", file});
+    EXPECT_EQ(late.status, 2);
+    EXPECT_EQ(late.errors, file + tooLong);
+    EXPECT_EQ(files(), Words{"recording"});
+}
+
+TEST_F(BadInputTest, anEndlessAnimationIsCutOffAfterAMinute) {
+    const std::string settings =
+        writeFile("settings",
+                  "<plist version=\"1.0\"><dict><key>colorAnimDuration</key>"
+                  "<real>1e30</real></dict></plist>");
+    const Outcome run = replay({"--frames", pathOf("f"), "--fps", "1", "--scale", "0.1",
+                                "--settings", settings, golden("drag.txt")});
+    EXPECT_EQ(run.status, 0) << run.errors;
+    EXPECT_TRUE(std::filesystem::exists(pathOf("f/frame-00062.png")));
+    EXPECT_FALSE(std::filesystem::exists(pathOf("f/frame-00063.png")));
+}
+
+TEST_F(BadInputTest, aSignalLeavesNothingBehind) {
+    const std::string file = writeFile("recording", "screen 200 200\n0 1 0 0 down\n1e7 1 0 0 up\n");
+    interrupt({"--frames", pathOf("f"), "--fps", "9", file}, pathOf("f/frame-00001.png"));
     EXPECT_EQ(files(), Words{"recording"});
 }
 

@@ -5,6 +5,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,8 @@
 namespace skavlo {
 
 namespace {
+
+constexpr int kDeadlineMilliseconds = 100'000;
 
 std::string newDirectory(const char* name) {
     std::string path = testing::TempDir() + name + ".XXXXXX";
@@ -49,7 +52,6 @@ Outcome ReplayTest::run(const Words& arguments, const Words& environment) {
         ADD_FAILURE() << child.error().message;
         return {};
     }
-    constexpr int kDeadlineMilliseconds = 100'000;
     pollfd end{child->pidfd(), POLLIN, 0};
     EXPECT_EQ(poll(&end, 1, kDeadlineMilliseconds), 1) << "still running";
     const auto ended = child->reap();
@@ -60,6 +62,23 @@ Outcome ReplayTest::replay(const Words& arguments, const Words& environment) {
     Words all{SKAVLO_REPLAY};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return run(all, environment);
+}
+
+void ReplayTest::interrupt(const Words& arguments, const std::string& file) {
+    ChildDescription description;
+    description.arguments = {SKAVLO_REPLAY};
+    description.arguments.insert(description.arguments.end(), arguments.begin(), arguments.end());
+    auto child = spawnChild(description);
+    ASSERT_TRUE(child) << child.error().message;
+    pollfd end{child->pidfd(), POLLIN, 0};
+    constexpr int kLook = 5;  // milliseconds from one look at the file to the next
+    while (!std::filesystem::exists(file)) ASSERT_EQ(poll(&end, 1, kLook), 0) << "it ended";
+    ASSERT_EQ(kill(child->pid(), SIGINT), 0);
+    ASSERT_EQ(poll(&end, 1, kDeadlineMilliseconds), 1) << "still running";
+    const auto ended = child->reap();
+    ASSERT_TRUE(ended);
+    EXPECT_FALSE(ended->exited);
+    EXPECT_EQ(ended->code, SIGINT);
 }
 
 std::string ReplayTest::writeFile(const std::string& name, const std::string& text) const {

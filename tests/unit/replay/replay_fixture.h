@@ -33,9 +33,11 @@ class ReplayTest : public testing::Test {
 
     Outcome replay(const Words& arguments, const Words& environment = {});
     Outcome run(const Words& arguments, const Words& environment = {});
+    // Sends a SIGINT once this file is there, and expects that to be what ended the program.
+    void interrupt(const Words& arguments, const std::string& file);
     // A name in the test's own directory.
     [[nodiscard]] std::string pathOf(const std::string& name) const { return directory_ + name; }
-    [[nodiscard]] std::string writeFile(const std::string& name, const std::string& text) const;
+    std::string writeFile(const std::string& name, const std::string& text) const;
     // Everything in the test's own directory but what the fixture needs, sorted.
     [[nodiscard]] Words files() const;
     // Runs it for one picture; the bytes of the file.
