@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "tools/demo_desktop.h"
+#include "tools/picture/png.h"
 #include "tools/rig/overlay_window.h"
-#include "tools/rig/png.h"
 #include "tools/rig/screenshot.h"
 
 namespace skavlo {
@@ -172,7 +172,7 @@ std::optional<Error> DemoSession::captureFrame() {
     if (!bitmap) {
         return bitmap.error();
     }
-    animation_.add(*bitmap, kFrameInterval);
+    animation_.add(*bitmap, static_cast<std::uint16_t>(kFrameInterval.count()));
     nextFrame_ += kFrameInterval;
     return std::nullopt;
 }
@@ -203,7 +203,7 @@ Result<std::vector<std::string>> DemoSession::writePictures(const std::string& d
     std::vector<std::string> files;
     for (const Picture& picture : pictures_) {
         files.push_back(directory + "/" + picture.name + ".png");
-        if (const auto error = rig::writePng(files.back(), picture.bitmap)) {
+        if (const auto error = writePng(files.back(), picture.bitmap)) {
             return *error;
         }
     }

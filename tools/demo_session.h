@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/picture/animated_png.h"
 #include "tools/recording/recording.h"
-#include "tools/rig/animation.h"
 #include "tools/rig/child.h"
 #include "tools/rig/compositor.h"
 #include "tools/rig/x_server.h"
@@ -67,7 +67,7 @@ class DemoSession {
     Time begin_;
     Time nextFrame_;
     std::vector<Picture> pictures_;
-    rig::Animation animation_;
+    AnimatedPng animation_;
 };
 
 }  // namespace skavlo

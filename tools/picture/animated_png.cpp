@@ -1,4 +1,4 @@
-#include "tools/rig/animation.h"
+#include "tools/picture/animated_png.h"
 
 #include <zlib.h>
 
@@ -6,14 +6,14 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tools/rig/png.h"
+#include "tools/picture/output_file.h"
 
-namespace skavlo::rig {
+namespace skavlo {
 
 namespace {
 
 constexpr std::size_t kSignatureBytes = 8;
-constexpr std::size_t kHeaderChunkEnd = 33;  // the signature and the header chunk
+constexpr std::uint32_t kLongestTicks = 0xFFFF;
 
 std::string bigEndian(std::uint32_t value, int bytes = 4) {
     std::string text;
@@ -95,51 +95,67 @@ PixelRect difference(const Bitmap& left, const Bitmap& right) {
     return top == bottom ? PixelRect{} : PixelRect{first, top, end - first, bottom - top};
 }
 
-void Animation::add(const Bitmap& frame, std::chrono::milliseconds shownFor) {
+void AnimatedPng::add(const Bitmap& frame, std::uint16_t ticks) {
     PixelRect changed{0, 0, frame.size.width, frame.size.height};
     if (!frames_.empty()) {
         changed = difference(last_, frame);
-        if (changed.empty()) {
-            frames_.back().shownFor += shownFor;
+        if (changed.empty() && frames_.back().ticks + std::uint32_t{ticks} <= kLongestTicks) {
+            frames_.back().ticks = static_cast<std::uint16_t>(frames_.back().ticks + ticks);
             return;
         }
+        // A frame that nothing can prolong any more is followed by its like.
+        if (changed.empty()) changed = {0, 0, 1, 1};
     }
-    frames_.push_back({{changed.x, changed.y}, cut(frame, changed), shownFor});
+    Frame& added = frames_.emplace_back(Frame{changed, ticks, cut(frame, changed), {}});
+    if (traits_.compressAtOnce) {
+        added.compressed = compress(added.part);
+        added.part = {};
+    }
     last_ = frame;
 }
 
-std::string Animation::encode() const {
-    std::string file;
+std::string AnimatedPng::compress(const Bitmap& part) const {
+    return pictureData(encodePng(part, traits_.transparency));
+}
+
+std::string AnimatedPng::frameControl(const Frame& frame, std::uint32_t sequence) const {
+    constexpr int kReplaceAndKeep = 0;  // both what it does to the frame before and what stays
+    return chunk("fcTL", bigEndian(sequence) +
+                             bigEndian(static_cast<std::uint32_t>(frame.place.width)) +
+                             bigEndian(static_cast<std::uint32_t>(frame.place.height)) +
+                             bigEndian(static_cast<std::uint32_t>(frame.place.x)) +
+                             bigEndian(static_cast<std::uint32_t>(frame.place.y)) +
+                             bigEndian(frame.ticks, 2) + bigEndian(traits_.ticksPerSecond, 2) +
+                             bigEndian(kReplaceAndKeep, 2));
+}
+
+std::string AnimatedPng::encode() const {
+    constexpr std::uint8_t kTrueColour = 2;
+    constexpr std::uint8_t kTrueColourWithAlpha = 6;
+    const bool opaque = traits_.transparency == Transparency::none;
+    std::string file = "\x89PNG\r\n\x1a\n";
+    file += chunk("IHDR", bigEndian(static_cast<std::uint32_t>(last_.size.width)) +
+                              bigEndian(static_cast<std::uint32_t>(last_.size.height)) +
+                              bigEndian(8, 1) +  // bits
+                              bigEndian(opaque ? kTrueColour : kTrueColourWithAlpha, 1) +
+                              std::string(3, '\0'));
+    file += chunk("acTL", bigEndian(static_cast<std::uint32_t>(frames_.size())) +
+                              bigEndian(0));  // 0: as often as one looks
     std::uint32_t sequence = 0;
     for (const Frame& frame : frames_) {
-        const std::string png = encodePng(frame.part);
-        if (png.empty()) {
-            return {};
-        }
-        const bool first = file.empty();
-        if (first) {
-            file = png.substr(0, kHeaderChunkEnd) +
-                   chunk("acTL", bigEndian(static_cast<std::uint32_t>(frames_.size())) +
-                                     bigEndian(0));  // 0: as often as one looks
-        }
-        const auto milliseconds = std::min<std::int64_t>(frame.shownFor.count(), 0xFFFF);
-        file += chunk("fcTL", bigEndian(sequence++) +
-                                  bigEndian(static_cast<std::uint32_t>(frame.part.size.width)) +
-                                  bigEndian(static_cast<std::uint32_t>(frame.part.size.height)) +
-                                  bigEndian(static_cast<std::uint32_t>(frame.origin.x)) +
-                                  bigEndian(static_cast<std::uint32_t>(frame.origin.y)) +
-                                  bigEndian(static_cast<std::uint32_t>(milliseconds), 2) +
-                                  bigEndian(1000, 2) + std::string(2, '\0'));
-        file += first ? chunk("IDAT", pictureData(png))
-                      : chunk("fdAT", bigEndian(sequence++) + pictureData(png));
+        const std::string data = frame.compressed.empty() ? compress(frame.part) : frame.compressed;
+        if (data.empty()) return {};
+        const bool first = sequence == 0;
+        file += frameControl(frame, sequence++);
+        file += first ? chunk("IDAT", data) : chunk("fdAT", bigEndian(sequence++) + data);
     }
     return file + chunk("IEND", "");
 }
 
-std::optional<Error> Animation::write(const std::string& path) const {
+std::optional<Error> AnimatedPng::write(const std::string& path) const {
     const std::string bytes = frames_.empty() ? std::string() : encode();
     return bytes.empty() ? Error{"cannot make an animated PNG for " + path}
                          : writeFile(path, bytes);
 }
 
-}  // namespace skavlo::rig
+}  // namespace skavlo

@@ -1,4 +1,4 @@
-#include "tools/rig/animation.h"
+#include "tools/picture/animated_png.h"
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <fstream>
 
-#include "tools/rig/png.h"
+#include "tools/picture/png.h"
 
-namespace skavlo::rig {
+namespace skavlo {
 namespace {
 
 Bitmap filled(PixelSize size, std::uint32_t colour) {
@@ -46,7 +46,7 @@ std::vector<Chunk> chunksOf(const std::string& file) {
     return chunks;
 }
 
-std::string written(const Animation& animation) {
+std::string written(const AnimatedPng& animation) {
     const std::string path = testing::TempDir() + "skavlo-animation-test.png";
     const auto error = animation.write(path);
     EXPECT_FALSE(error) << error->message;
@@ -71,6 +71,40 @@ TEST(Png, keepsColours) {
               (std::vector<std::uint8_t>{0x12, 0x34, 0x56, 0x12, 0x34, 0x56}));
 }
 
+TEST(Png, straightensPremultipliedColours) {
+    const Bitmap bitmap{{4, 1}, {0x80402000, 0xFF0A0B0C, 0x00000000, 0x01010001}};
+    const std::string expected(
+        "\x80\x40\x00\x80"
+        "\x0A\x0B\x0C\xFF"
+        "\0\0\0\0"
+        "\xFF\0\xFF\x01",
+        16);
+    EXPECT_EQ(straightColours(bitmap), expected);
+}
+
+// Whatever a renderer can draw survives the way through straight colours and back.
+TEST(Png, straightColoursLoseNothing) {
+    for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
+        for (std::uint32_t colour = 0; colour <= alpha; ++colour) {
+            const std::string straight = straightColours({{1, 1}, {alpha << 24 | colour << 8}});
+            const std::uint32_t back = static_cast<unsigned char>(straight[1]) * alpha;
+            ASSERT_EQ((back + 127) / 255, colour) << "alpha " << alpha;
+        }
+    }
+}
+
+TEST(Png, keepsTransparency) {
+    png_image image = {};
+    image.version = PNG_IMAGE_VERSION;
+    const std::string file = encodePng({{1, 1}, {0x80402000}}, Transparency::kept);
+    ASSERT_NE(png_image_begin_read_from_memory(&image, file.data(), file.size()), 0);
+    EXPECT_EQ(image.format & PNG_FORMAT_FLAG_ALPHA, PNG_FORMAT_FLAG_ALPHA);
+    image.format = PNG_FORMAT_RGBA;
+    std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(image));
+    ASSERT_NE(png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr), 0);
+    EXPECT_EQ(bytes, (std::vector<std::uint8_t>{0x80, 0x40, 0, 0x80}));
+}
+
 TEST(Png, namesTheFileItCannotWrite) {
     const auto error = writePng("/nonexistent/picture.png", filled({1, 1}, 0));
     ASSERT_TRUE(error);
@@ -88,20 +122,20 @@ TEST(Difference, isTheSmallestRectangle) {
     EXPECT_EQ(difference(left, filled({8, 6}, 3)), (PixelRect{0, 0, 8, 6}));
 }
 
-TEST(Animation, isAPngOfItsFirstFrame) {
-    Animation animation;
-    animation.add(filled({3, 2}, 0xFF010203), std::chrono::milliseconds(40));
-    animation.add(filled({3, 2}, 0xFF000000), std::chrono::milliseconds(40));
+TEST(AnimatedPng, isAPngOfItsFirstFrame) {
+    AnimatedPng animation;
+    animation.add(filled({3, 2}, 0xFF010203), 40);
+    animation.add(filled({3, 2}, 0xFF000000), 40);
     EXPECT_EQ(decoded(written(animation)), decoded(encodePng(filled({3, 2}, 0xFF010203))));
 }
 
-TEST(Animation, storesChangesAndLoops) {
+TEST(AnimatedPng, storesChangesAndLoops) {
     Bitmap picture = filled({10, 10}, 0xFF000000);
-    Animation animation;
-    animation.add(picture, std::chrono::milliseconds(40));
-    animation.add(picture, std::chrono::milliseconds(50));  // the same: shown longer
+    AnimatedPng animation;
+    animation.add(picture, 40);
+    animation.add(picture, 50);  // the same: shown longer
     picture.pixels[3 * 10 + 7] = 0xFFFF0000;
-    animation.add(picture, std::chrono::milliseconds(60));
+    animation.add(picture, 60);
     ASSERT_EQ(animation.frames(), 2U);
 
     const auto chunks = chunksOf(written(animation));
@@ -124,9 +158,32 @@ TEST(Animation, storesChangesAndLoops) {
     EXPECT_EQ(number(chunks[5].contents, 0), 2U);
 }
 
-TEST(Animation, withoutFramesIsAnError) {
-    EXPECT_TRUE(Animation().write(testing::TempDir() + "never-written.png"));
+TEST(AnimatedPng, holdsTransparencyAndTicks) {
+    AnimatedPng animation({Transparency::kept, 60, true});
+    animation.add(filled({2, 2}, 0x80402000), 1);
+    animation.add(filled({2, 2}, 0), 2);
+    const auto chunks = chunksOf(written(animation));
+    ASSERT_EQ(chunks.size(), 7U);
+    EXPECT_EQ(number(chunks[0].contents, 9, 1), 6U);  // true colour with alpha
+    EXPECT_EQ(number(chunks[4].contents, 20, 2), 2U);
+    EXPECT_EQ(number(chunks[4].contents, 22, 2), 60U);
+    EXPECT_EQ(number(chunks[4].contents, 24, 2), 0U);  // replaces what it covers, and stays
+}
+
+TEST(AnimatedPng, showsAStillLongerThanOneFrameCan) {
+    AnimatedPng animation;
+    animation.add(filled({2, 2}, 0), 60'000);
+    animation.add(filled({2, 2}, 0), 6'000);
+    const auto chunks = chunksOf(written(animation));
+    ASSERT_EQ(chunks.size(), 7U);
+    EXPECT_EQ(number(chunks[2].contents, 20, 2), 60'000U);
+    EXPECT_EQ(number(chunks[4].contents, 4), 1U);  // one pixel wide
+    EXPECT_EQ(number(chunks[4].contents, 20, 2), 6'000U);
+}
+
+TEST(AnimatedPng, withoutFramesIsAnError) {
+    EXPECT_TRUE(AnimatedPng().write(testing::TempDir() + "never-written.png"));
 }
 
 }  // namespace
-}  // namespace skavlo::rig
+}  // namespace skavlo
