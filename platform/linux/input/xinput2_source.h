@@ -36,7 +36,7 @@ class XInput2Source final : public TouchSource {
     Affine desktopToPoints_;             // from normalised desktop positions
     std::optional<std::uint32_t> time_;  // of the frame that is being collected
     std::vector<ContactKey> inFrame_;
-    std::set<std::uint16_t> touched_;    // devices that began a contact
+    std::set<std::uint16_t> touched_;  // devices that began a contact
 };
 
 }  // namespace skavlo

@@ -30,8 +30,12 @@ OverlayFiles::~OverlayFiles() {
     std::filesystem::remove(settingsFile());
 }
 
-std::string OverlayFiles::pidFile() { return kPrefix + ".pid"; }
-std::string OverlayFiles::settingsFile() { return kPrefix + ".settings.plist"; }
+std::string OverlayFiles::pidFile() {
+    return kPrefix + ".pid";
+}
+std::string OverlayFiles::settingsFile() {
+    return kPrefix + ".settings.plist";
+}
 
 std::optional<std::string> OverlayFiles::contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -74,9 +78,9 @@ void OverlayRig::startServer(const rig::XServerOptions& options) {
     const xcb_window_t background = xcb_generate_id(display_->get());
     const std::array<std::uint32_t, 2> values{kBackground, 1};
     xcb_create_window(display_->get(), XCB_COPY_FROM_PARENT, background, display_->root(), 0, 0,
-                      kLargerThanAnyScreen, kLargerThanAnyScreen, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
+                      kLargerThanAnyScreen, kLargerThanAnyScreen, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
+                      values.data());
     xcb_map_window(display_->get(), background);
     ASSERT_TRUE(display_->sync());
 }
@@ -93,8 +97,8 @@ void OverlayRig::startOverlay() {
     auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, environment, {}, -1});
     ASSERT_TRUE(overlay) << overlay.error().message;
     overlay_ = std::move(*overlay);
-    ASSERT_TRUE(rig::waitForOverlayWindow(*display_, rig::Deadline(kPatience),
-                                          {overlay_->endDescriptor()}))
+    ASSERT_TRUE(
+        rig::waitForOverlayWindow(*display_, rig::Deadline(kPatience), {overlay_->endDescriptor()}))
         << "the overlay showed no window";
     captureUntil(isClean, "the background alone, at the start");
 }
