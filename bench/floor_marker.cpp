@@ -64,7 +64,7 @@ int main() {
     while (xcb_generic_event_t* event = xcb_wait_for_event(c)) {
         if ((event->response_type & 0x7f) == XCB_GE_GENERIC) {
             const auto* raw = reinterpret_cast<xcb_input_raw_touch_begin_event_t*>(event);
-            const auto* values = xcb_input_raw_button_press_axisvalues(raw);
+            const auto* values = xcb_input_raw_touch_begin_axisvalues(raw);
             const double x = values[0].integral / kAxisRange * screen->width_in_pixels;
             const double y = values[1].integral / kAxisRange * screen->height_in_pixels;
             const auto left = static_cast<std::int16_t>(x - kDiameter / 2.0);
