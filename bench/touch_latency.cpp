@@ -19,6 +19,18 @@ using Clock = std::chrono::steady_clock;
 constexpr int kTouches = 60;
 constexpr int kSide = 24;  // of the square that is read back, inside the marker at half its size
 constexpr Point kPlace{900, 500};
+constexpr std::uint32_t kBackground = 0x204060;
+
+// A window, for what compositors make of an empty root window is their own affair.
+void showBackground(const rig::Display& display) {
+    const xcb_window_t window = xcb_generate_id(display.get());
+    const std::uint32_t values[] = {kBackground, 1};
+    xcb_create_window(display.get(), XCB_COPY_FROM_PARENT, window, display.root(), 0, 0,
+                      kScreen.width, kScreen.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
+    xcb_map_window(display.get(), window);
+    display.sync();
+}
 
 // Reads one small square of the root window as fast as it goes.
 class Square {
@@ -30,8 +42,6 @@ class Square {
         xcb_shm_attach(display_.get(), segment_, static_cast<std::uint32_t>(id_), 0);
         display_.sync();
         shmctl(id_, IPC_RMID, nullptr);
-        read();
-        blank_ = middle();
     }
     ~Square() {
         xcb_shm_detach(display_.get(), segment_);
@@ -40,6 +50,10 @@ class Square {
     Square(const Square&) = delete;
     Square& operator=(const Square&) = delete;
 
+    void takeAsBlank() {
+        read();
+        blank_ = middle();
+    }
     // False at the deadline.
     bool waitForChange(bool toBlank) {
         const auto deadline = Clock::now() + std::chrono::seconds(5);
@@ -66,7 +80,7 @@ class Square {
     int id_;
     std::uint32_t* pixels_;
     xcb_shm_seg_t segment_;
-    std::uint32_t blank_ = 0;
+    std::uint32_t blank_ = kBackground;
 };
 
 Samples measure(const std::vector<std::string>& program, bool composited) {
@@ -74,12 +88,16 @@ Samples measure(const std::vector<std::string>& program, bool composited) {
     std::optional<rig::Compositor> compositor;
     if (composited) compositor = orDie(rig::Compositor::start(server));
     const rig::Display display = orDie(server.connect());
+    showBackground(display);
+    Square square(display);
+    if (!square.waitForChange(true)) std::exit(1);
     const rig::Child child = startProgram(server, program);
     const rig::Deadline patience(std::chrono::seconds(20));
     if (!rig::waitForOverlayWindow(display, patience, {child.endDescriptor()})) std::exit(1);
     // The first touches show when the program listens and everything has been drawn once.
     Samples samples;
-    Square square(display);
+    // Without a compositor the least program turns the screen black: that is its background.
+    square.takeAsBlank();
     for (int i = -5; i < kTouches; ++i) {
         const auto begin = Clock::now();
         server.touch()->begin(0, kPlace);

@@ -8,6 +8,10 @@ namespace skavlo {
 
 namespace {
 
+bool intersect(const PixelRect& a, const PixelRect& b) {
+    return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
+}
+
 bool sameDrawing(const Instance& a, const Instance& b) {
     return a.x == b.x && a.y == b.y && a.scale == b.scale && a.opacity == b.opacity;
 }
@@ -117,6 +121,7 @@ void ScenePainter::draw(const RenderTarget& target, const TileMask& damage) {
         } else if (damage.touchesAny(item.bounds)) {
             flush(whole);
             for (const PixelRect& rect : rects_) {
+                if (!intersect(rect, item.bounds)) continue;
                 batch_.push_back(item.instance);
                 flush(rect);
             }

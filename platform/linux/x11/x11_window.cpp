@@ -152,9 +152,10 @@ void X11Window::show(std::span<const PixelRect> damage) {
     if (!frame_->pixels() || !opaque_->pixels()) return;
     cutout_->update(frame_->pixels(), opaque_->pixels(), damage);
     const auto shape = toXcb(cutout_->runs());
-    xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING,
-                         XCB_CLIP_ORDERING_YX_BANDED, window_, 0, 0,
-                         static_cast<std::uint32_t>(shape.size()), shape.data());
+    const auto cutting = xcb_shape_rectangles(
+        connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
+        window_, 0, 0, static_cast<std::uint32_t>(shape.size()), shape.data());
+    cutting_ = static_cast<std::uint16_t>(cutting.sequence);
     opaque_->put(window_, gc_, damage);
 }
 
@@ -176,14 +177,18 @@ void X11Window::handle(const xcb_generic_event_t& event) {
     refreshClock_->handle(event);
     if (frame_->handle(event) || (opaque_ && opaque_->handle(event))) becomeReady();
     handleStacking(event, type);
-    if (type == XCB_EXPOSE && anythingShown_) {
-        const auto& expose = reinterpret_cast<const xcb_expose_event_t&>(event);
-        const PixelRect rect{expose.x, expose.y, expose.width, expose.height};
-        (composited_ ? frame_ : opaque_)->put(window_, gc_, std::span(&rect, 1));
-    }
+    if (type == XCB_EXPOSE) exposed(reinterpret_cast<const xcb_expose_event_t&>(event));
     const bool selectionChanged =
         fixesEvent_ >= 0 && type == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
     if (selectionChanged) compositorChanged();
+}
+
+void X11Window::exposed(const xcb_expose_event_t& event) {
+    // What cutting the window uncovers is drawn right after the cut.
+    const bool byCutting = !composited_ && event.sequence == cutting_;
+    if (!anythingShown_ || byCutting) return;
+    const PixelRect rect{event.x, event.y, event.width, event.height};
+    (composited_ ? frame_ : opaque_)->put(window_, gc_, std::span(&rect, 1));
 }
 
 void X11Window::handleStacking(const xcb_generic_event_t& event, int type) {

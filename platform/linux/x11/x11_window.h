@@ -38,6 +38,7 @@ class X11Window final : public Window {
     void describe();
     void makeClickThrough();
     void handle(const xcb_generic_event_t& event);
+    void exposed(const xcb_expose_event_t& event);
     void handleStacking(const xcb_generic_event_t& event, int type);
     void raise();
     void mainScreenChanged();
@@ -67,6 +68,7 @@ class X11Window final : public Window {
     // Only while no compositor runs.
     std::unique_ptr<Cutout> cutout_;
     std::unique_ptr<X11Buffer> opaque_;
+    std::uint16_t cutting_ = 0;  // sequence of the last request that cut the window
 };
 
 }  // namespace skavlo
