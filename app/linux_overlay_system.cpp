@@ -13,8 +13,7 @@ namespace {
 constexpr int kMajorVersion = 17;
 }  // namespace
 
-LinuxOverlaySystem::LinuxOverlaySystem(SettingsDirectory directory,
-                                       const std::string& runDirectory,
+LinuxOverlaySystem::LinuxOverlaySystem(SettingsDirectory directory, const std::string& runDirectory,
                                        const std::string& rasterProgram)
     : directory_(std::move(directory)),
       notifications_(runLoop_, runDirectory),
@@ -26,7 +25,9 @@ LinuxOverlaySystem::LinuxOverlaySystem(SettingsDirectory directory,
     });
 }
 
-LinuxOverlaySystem::~LinuxOverlaySystem() { g_skv_overlayAppDelegate.reset(); }
+LinuxOverlaySystem::~LinuxOverlaySystem() {
+    g_skv_overlayAppDelegate.reset();
+}
 
 // Ends as the exit notification does: the file goes, so that the probe tells the truth.
 void LinuxOverlaySystem::end(int status) {
@@ -69,8 +70,12 @@ void LinuxOverlaySystem::completeAndRunAsPlugin() {
     g_skv_overlayAppDelegate->applicationDidFinishLaunchingWithOptions();
 }
 
-int LinuxOverlaySystem::CFRunLoopRun() { return runLoop_.run(); }
+int LinuxOverlaySystem::CFRunLoopRun() {
+    return runLoop_.run();
+}
 
-void LinuxOverlaySystem::exit(int status) { runLoop_.stop(status); }
+void LinuxOverlaySystem::exit(int status) {
+    runLoop_.stop(status);
+}
 
 }  // namespace skavlo

@@ -19,7 +19,8 @@ std::size_t sequenceLength(std::string_view text) {
     for (std::size_t i = 1; i < length; ++i) {
         if ((byte(i) & 0xC0U) != 0x80) return 0;
     }
-    const bool overlong = (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xF0 && byte(1) < 0x90);
+    const bool overlong =
+        (byte(0) == 0xE0 && byte(1) < 0xA0) || (byte(0) == 0xF0 && byte(1) < 0x90);
     const bool surrogate = byte(0) == 0xED && byte(1) >= 0xA0;
     const bool beyond = byte(0) == 0xF4 && byte(1) >= 0x90;
     return overlong || surrogate || beyond ? 0 : length;

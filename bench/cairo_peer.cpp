@@ -50,9 +50,9 @@ void CairoPeer::pictures(const Bitmap& picture, double side, cairo_filter_t filt
     for (int y = 0; y < picture.size.height; ++y) {
         const auto row = picture.pixels.begin() + std::ptrdiff_t{y} * picture.size.width;
         std::copy_n(row, picture.size.width,
-                    reinterpret_cast<std::uint32_t*>(
-                        cairo_image_surface_get_data(source) +
-                        std::ptrdiff_t{y} * cairo_image_surface_get_stride(source)));
+                    reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(source) +
+                                                     std::ptrdiff_t{y} *
+                                                         cairo_image_surface_get_stride(source)));
     }
     cairo_surface_mark_dirty(source);
     for (const Instance& i : instances) {

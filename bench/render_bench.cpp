@@ -46,8 +46,8 @@ std::vector<Instance> fadingCopies(int count) {
 }
 
 struct Screen {
-    std::vector<std::uint32_t> pixels = std::vector<std::uint32_t>(
-        std::size_t(kScreen.width) * std::size_t(kScreen.height));
+    std::vector<std::uint32_t> pixels =
+        std::vector<std::uint32_t>(std::size_t(kScreen.width) * std::size_t(kScreen.height));
     RenderTarget target{pixels.data(), kScreen.width, kScreen};
 };
 
@@ -94,8 +94,8 @@ Bitmap ballPicture(int side) {
             const double alpha = std::clamp((1 - d) * 10, 0.0, 1.0);
             const double light = 1 - 0.6 * std::hypot(x - 0.7 * middle, y - 0.7 * middle) / side;
             const auto level = [&](double part) { return std::uint32_t(255 * part * alpha); };
-            picture.pixels.push_back(level(1) << 24 | level(light) << 16 |
-                                     level(0.8 * light) << 8 | level(0.2 * light));
+            picture.pixels.push_back(level(1) << 24 | level(light) << 16 | level(0.8 * light) << 8 |
+                                     level(0.2 * light));
         }
     }
     return picture;
@@ -139,8 +139,8 @@ void wholeFrame(benchmark::State& state) {
         drawCircles(screen.target, kWhole, style, {&middle, 1});
         benchmark::ClobberMemory();
     }
-    state.counters["pixels"] =
-        benchmark::Counter(double(screen.pixels.size()), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["pixels"] = benchmark::Counter(double(screen.pixels.size()),
+                                                  benchmark::Counter::kIsIterationInvariantRate);
 }
 
 void clearFrame(benchmark::State& state) {

@@ -9,11 +9,13 @@ namespace skavlo {
 
 namespace {
 
-constexpr double kEmojiFontShare = 0.8;   // of the marker's size
-constexpr double kLargestLiftAll = 1.5;   // lifting all scales to this at least
-constexpr double kFinestPicture = 1024;   // pixels; a chain of smaller ones adds a third
+constexpr double kEmojiFontShare = 0.8;  // of the marker's size
+constexpr double kLargestLiftAll = 1.5;  // lifting all scales to this at least
+constexpr double kFinestPicture = 1024;  // pixels; a chain of smaller ones adds a third
 
-double component(double value) { return value > 0 ? std::min(value, 1.0) : 0.0; }
+double component(double value) {
+    return value > 0 ? std::min(value, 1.0) : 0.0;
+}
 
 Colour withAlpha(const Colour& colour, double alpha) {
     return {component(colour.red), component(colour.green), component(colour.blue),
@@ -31,10 +33,10 @@ int TouchCanvasViewController::pictureSide(double size, double liftScale) const 
 }
 
 std::shared_ptr<const Look> TouchCanvasViewController::circleLook() const {
-    return std::make_shared<Look>(Look{
-        skv_colorSize, 1,
-        CircleLook{withAlpha(skv_fillColor, skv_colorAlpha),
-                   withAlpha(skv_borderColor, skv_colorAlpha), skv_colorBorderWidth}});
+    return std::make_shared<Look>(
+        Look{skv_colorSize, 1,
+             CircleLook{withAlpha(skv_fillColor, skv_colorAlpha),
+                        withAlpha(skv_borderColor, skv_colorAlpha), skv_colorBorderWidth}});
 }
 
 std::shared_ptr<const Look> TouchCanvasViewController::currentLook() {
@@ -87,8 +89,8 @@ void TouchCanvasViewController::prepareEmojiLook() {
         [this, side](std::shared_ptr<const Bitmap> label) {
             const auto pixels = static_cast<std::size_t>(side) * static_cast<std::size_t>(side);
             emojiLabel_ = label ? std::move(label)
-                                : std::make_shared<Bitmap>(Bitmap{
-                                      {side, side}, std::vector<std::uint32_t>(pixels)});
+                                : std::make_shared<Bitmap>(
+                                      Bitmap{{side, side}, std::vector<std::uint32_t>(pixels)});
             composeEmojiLook();
         });
 }

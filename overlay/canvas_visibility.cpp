@@ -35,8 +35,8 @@ void TouchCanvasViewController::viewDidLoad() {
     reloadRegistration_ = services_.notifications.notify_register_dispatch(
         kReloadNotification, [this] { skv_reloadSettings(); });
     services_.captureState.setDidChangeHandler([this] { skv_screenCaptureDidChange(); });
-    skv_daemonHeartbeatTimer = services_.runLoop.scheduledTimer(
-        kHeartbeatSeconds, true, [this] { skv_renderHeartbeat(); });
+    skv_daemonHeartbeatTimer = services_.runLoop.scheduledTimer(kHeartbeatSeconds, true,
+                                                                [this] { skv_renderHeartbeat(); });
 }
 
 void TouchCanvasViewController::skv_screenCaptureDidChange() {
@@ -50,8 +50,7 @@ void TouchCanvasViewController::skv_screenCaptureDidChange() {
 void TouchCanvasViewController::decideVisibility(const PropertyDictionary& settings) {
     const bool onlyShowInRecord = boolValue(lookUp(settings, "onlyShowInRecord"));
     const bool forceHide = boolValue(lookUp(settings, "forceHide"));
-    skv_isSuppressed =
-        forceHide || (onlyShowInRecord && !services_.captureState.isCaptured());
+    skv_isSuppressed = forceHide || (onlyShowInRecord && !services_.captureState.isCaptured());
 }
 
 void TouchCanvasViewController::applyVisibility() {

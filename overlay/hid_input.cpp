@@ -38,8 +38,7 @@ FingerId fingerId(const HidEvent& child, std::size_t position) {
 Point screenPoint(double x, double y, Size screen) {
     // Larger than 1 on purpose: up to twice the screen counts as normalised.
     constexpr double kLargestNormalised = 2.0;
-    const bool normalised =
-        x >= 0 && x <= kLargestNormalised && y >= 0 && y <= kLargestNormalised;
+    const bool normalised = x >= 0 && x <= kLargestNormalised && y >= 0 && y <= kLargestNormalised;
     if (!normalised) return {x, y};
     return {x * std::min(screen.width, screen.height), y * std::max(screen.width, screen.height)};
 }

@@ -4,8 +4,8 @@
 #include <memory>
 #include <variant>
 
-#include "overlay/colour.h"
 #include "overlay/render/sprite.h"
+#include "settings/colour.h"
 
 namespace skavlo {
 

@@ -94,8 +94,7 @@ bool MarkerScene::animating(MachTime now) const {
 }
 
 TrailState trailState(const TrailCopy& copy, double seconds, MachTime now) {
-    const double progress =
-        curveProgress(Curve::easeOut, elapsedFraction(copy.born, seconds, now));
+    const double progress = curveProgress(Curve::easeOut, elapsedFraction(copy.born, seconds, now));
     return {1 + (kTrailEndScale - 1) * progress, 1 - progress};
 }
 

@@ -26,8 +26,8 @@ struct TrailCopy {
 struct Generation {
     MarkerId id = 0;
     std::shared_ptr<const Look> look;
-    double trailSeconds = 0;        // every copy fades for this long
-    std::deque<TrailCopy> copies;   // oldest first, which is also the order in which they expire
+    double trailSeconds = 0;          // every copy fades for this long
+    std::deque<TrailCopy> copies;     // oldest first, which is also the order in which they expire
     std::uint64_t expiredCopies = 0;  // so that the n-th copy ever dropped keeps its name n
     bool hasMarker = true;
     bool lifting = false;

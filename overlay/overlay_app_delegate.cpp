@@ -17,8 +17,8 @@ bool OverlayAppDelegate::applicationDidFinishLaunchingWithOptions() {
     const Rect bounds = services_.screen.bounds();
     // The canvas loads before the window exists: settings are read, observers registered.
     canvasVC->viewDidLoad();
-    window = std::make_unique<OverlayWindow>(
-        windowServer_.createWindow(bounds, OverlayWindow::kTraits));
+    window =
+        std::make_unique<OverlayWindow>(windowServer_.createWindow(bounds, OverlayWindow::kTraits));
     window->rootViewController = canvasVC.get();
     window->windowLevel = OverlayWindow::kWindowLevel;
     window->setHidden(false);

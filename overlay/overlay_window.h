@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "overlay/colour.h"
 #include "platform/window_server.h"
+#include "settings/colour.h"
 
 namespace skavlo {
 

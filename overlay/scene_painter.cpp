@@ -67,15 +67,13 @@ void ScenePainter::collect(const MarkerScene& scene, double scale, MachTime time
 
 void ScenePainter::addItem(MarkerId generation, std::uint64_t copy, Point centre, double scale,
                            double opacity) {
-    const Instance instance{
-        static_cast<float>(centre.x * pixelsPerPoint_),
-        static_cast<float>(centre.y * pixelsPerPoint_), static_cast<float>(scale),
-        static_cast<float>(opacity)};
+    const Instance instance{static_cast<float>(centre.x * pixelsPerPoint_),
+                            static_cast<float>(centre.y * pixelsPerPoint_),
+                            static_cast<float>(scale), static_cast<float>(opacity)};
     const Style& style = styles_.back();
-    const PixelRect bounds =
-        std::holds_alternative<CircleStyle>(style)
-            ? circleBounds(std::get<CircleStyle>(style), instance)
-            : spriteBounds(*std::get<const Sprite*>(style), instance);
+    const PixelRect bounds = std::holds_alternative<CircleStyle>(style)
+                                 ? circleBounds(std::get<CircleStyle>(style), instance)
+                                 : spriteBounds(*std::get<const Sprite*>(style), instance);
     if (bounds.empty()) return;
     items_.push_back({generation, copy, styles_.size() - 1, instance, bounds});
 }
@@ -127,8 +125,7 @@ void ScenePainter::draw(const RenderTarget& target, const TileMask& damage) {
     flush(whole);
 }
 
-void ScenePainter::drawBatch(const RenderTarget& target, const PixelRect& clip,
-                             std::size_t style) {
+void ScenePainter::drawBatch(const RenderTarget& target, const PixelRect& clip, std::size_t style) {
     if (const auto* circle = std::get_if<CircleStyle>(&styles_[style])) {
         drawCircles(target, clip, *circle, batch_);
     } else {

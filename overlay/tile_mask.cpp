@@ -36,9 +36,13 @@ void TileMask::add(const TileMask& other) {
     for (std::size_t i = 0; i < tiles_.size(); ++i) tiles_[i] |= other.tiles_[i];
 }
 
-void TileMask::addAll() { std::fill(tiles_.begin(), tiles_.end(), std::uint8_t{1}); }
+void TileMask::addAll() {
+    std::fill(tiles_.begin(), tiles_.end(), std::uint8_t{1});
+}
 
-void TileMask::clear() { std::fill(tiles_.begin(), tiles_.end(), std::uint8_t{0}); }
+void TileMask::clear() {
+    std::fill(tiles_.begin(), tiles_.end(), std::uint8_t{0});
+}
 
 bool TileMask::empty() const {
     return std::all_of(tiles_.begin(), tiles_.end(), [](std::uint8_t tile) { return tile == 0; });

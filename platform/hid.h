@@ -42,8 +42,7 @@ class HidEventSystemClient {
     virtual ~HidEventSystemClient() = default;
     virtual void scheduleWithMainRunLoop() = 0;
     virtual void registerEventCallback(HidEventCallback callback, void* target, void* refcon) = 0;
-    virtual void unregisterEventCallback(HidEventCallback callback, void* target,
-                                         void* refcon) = 0;
+    virtual void unregisterEventCallback(HidEventCallback callback, void* target, void* refcon) = 0;
     // The clock of the events' time stamps.
     [[nodiscard]] virtual MachTime mach_absolute_time() const = 0;
 };

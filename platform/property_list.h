@@ -24,14 +24,14 @@ class PropertyValue {
     using Storage = std::variant<PropertyOpaque, bool, std::int64_t, double, std::string,
                                  PropertyArray, PropertyDictionary>;
     PropertyValue() = default;
-    PropertyValue(bool value) : storage_(value) {}                          // NOLINT
-    PropertyValue(int value) : storage_(std::int64_t{value}) {}             // NOLINT
-    PropertyValue(std::int64_t value) : storage_(value) {}                  // NOLINT
-    PropertyValue(double value) : storage_(value) {}                        // NOLINT
-    PropertyValue(const char* value) : storage_(std::string(value)) {}      // NOLINT
-    PropertyValue(std::string value) : storage_(std::move(value)) {}        // NOLINT
-    PropertyValue(PropertyArray value) : storage_(std::move(value)) {}      // NOLINT
-    PropertyValue(PropertyDictionary value) : storage_(std::move(value)) {} // NOLINT
+    PropertyValue(bool value) : storage_(value) {}                           // NOLINT
+    PropertyValue(int value) : storage_(std::int64_t{value}) {}              // NOLINT
+    PropertyValue(std::int64_t value) : storage_(value) {}                   // NOLINT
+    PropertyValue(double value) : storage_(value) {}                         // NOLINT
+    PropertyValue(const char* value) : storage_(std::string(value)) {}       // NOLINT
+    PropertyValue(std::string value) : storage_(std::move(value)) {}         // NOLINT
+    PropertyValue(PropertyArray value) : storage_(std::move(value)) {}       // NOLINT
+    PropertyValue(PropertyDictionary value) : storage_(std::move(value)) {}  // NOLINT
 
     [[nodiscard]] const Storage& storage() const { return storage_; }
     template <typename T>

@@ -1,9 +1,17 @@
 #pragma once
 
-#include "overlay/colour.h"
 #include "platform/property_list.h"
 
 namespace skavlo {
+
+// Straight (not premultiplied) colour, each component 0 to 1.
+struct Colour {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 0;
+    bool operator==(const Colour&) const = default;
+};
 
 inline constexpr Colour kLightGrayColor{2.0 / 3.0, 2.0 / 3.0, 2.0 / 3.0, 1.0};
 inline constexpr Colour kWhiteColor{1.0, 1.0, 1.0, 1.0};

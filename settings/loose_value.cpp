@@ -14,7 +14,9 @@ std::string_view skipSpace(std::string_view text) {
     return first == std::string_view::npos ? std::string_view() : text.substr(first);
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Skips white space and one sign; true when the number is negative.
 bool takeSign(std::string_view& text) {
@@ -94,9 +96,13 @@ bool boolValue(const PropertyValue* value) {
     return false;
 }
 
-std::int32_t intValue(const PropertyValue* value) { return looseInteger<std::int32_t>(value); }
+std::int32_t intValue(const PropertyValue* value) {
+    return looseInteger<std::int32_t>(value);
+}
 
-std::int64_t integerValue(const PropertyValue* value) { return looseInteger<std::int64_t>(value); }
+std::int64_t integerValue(const PropertyValue* value) {
+    return looseInteger<std::int64_t>(value);
+}
 
 float floatValue(const PropertyValue* value) {
     if (!value) return 0;
@@ -107,7 +113,9 @@ float floatValue(const PropertyValue* value) {
     return 0;
 }
 
-std::int32_t intValue(std::string_view text) { return scanInteger<std::int32_t>(text); }
+std::int32_t intValue(std::string_view text) {
+    return scanInteger<std::int32_t>(text);
+}
 
 const PropertyValue* lookUp(const PropertyDictionary& dictionary, const char* key) {
     const auto it = dictionary.find(key);

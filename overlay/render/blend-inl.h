@@ -27,6 +27,10 @@ using VU32 = hn::Vec<decltype(kPixels)>;
 using VU16 = hn::Vec<decltype(kHalves)>;
 constexpr int kLanes = int(hn::MaxLanes(kFloats));
 
+constexpr hn::RebindToSigned<decltype(kFloats)> kInts;
+using VI = hn::Vec<decltype(kInts)>;
+constexpr std::uint16_t kCovered = 65535;  // a whole pixel
+
 // Two channels of the source, one level being 256, over the pixels under them. `kept` is what
 // remains of the latter, 65535 being all of it. Half a level is added so that the top byte rounds.
 HWY_INLINE VU16 overHalves(VU16 below, VU16 kept, VU16 sourceAndHalf) {
@@ -72,7 +76,7 @@ struct TwoPaints {
     HWY_INLINE TwoPaints(const float* rimColour, const float* insideColour, float opacity)
         : rim(rimColour, opacity), inside(insideColour, opacity) {}
 
-    // Coverages by the whole disc and by its inside, 65535 being all, in both halves of a pixel.
+    // Coverages by the whole disc and by its inside, in both halves of a pixel.
     HWY_INLINE SolidPaint mixed(VU16 outer, VU16 inner) const {
         const VU16 ring = hn::SaturatedSub(outer, inner);
         const VU16 halfLevel = hn::Set(kHalves, std::uint16_t{128});

@@ -21,33 +21,34 @@ namespace {
 
 constexpr int kRowsAtOnce = 64;
 constexpr int kLinesPerRow = 8;
-#ifndef XR
-#define XR 6.0F
-#endif
-#ifndef XK
-#define XK 0.05F
-#endif
-constexpr float kSmallRadius = XR;
+// Below this radius edges bend too much within a pixel to be taken for straight.
+constexpr float kSmallRadius = 4.0F;
 // Half the diagonal of a pixel and a little: no edge that far from a centre touches the pixel.
 constexpr float kReach = 0.72F;
-// Rows beyond this part of a radius are flat: their edge's normal varies from pixel to pixel.
-constexpr float kFlat = 0.9F;
 // Least component of a normal, so that upright and level edges need no case of their own.
-constexpr float kLeastComponent = 0.02F;
+constexpr float kLeastComponent = 0.015F;
 // From this width on, the rim has runs that are worth a constant colour.
 constexpr float kWideRim = 12.0F;
+constexpr int kMostRuns = 3;
+// Kept clear of runs, more than rounding could matter.
+constexpr float kSlack = 0.01F;
+// Beyond this, distances in a row are no longer counted in integers.
+constexpr float kFarAway = 65536.0F;
+constexpr int kPixelBits = 13;  // of the fraction of such distances
+constexpr float kUnitsPerPixel = 1 << kPixelBits;
 
 struct Circle {
     float x, y, radius, innerRadius;
 };
 
-// See circles.cpp for the terms; slope is 65535 / m and bend 65535 / (2mn).
-struct EdgeRows {
-    HWY_ALIGN float sum[kRowsAtOnce];
-    HWY_ALIGN float diff[kRowsAtOnce];
-    HWY_ALIGN float slope[kRowsAtOnce];
-    HWY_ALIGN float bend[kRowsAtOnce];
-    HWY_ALIGN float halfChords[kRowsAtOnce * kLinesPerRow];
+// Both edges of a row as circle_cover-inl.h computes with them: in 1/8192 pixels and 16-bit
+// factors, four times the outer edge's and four times the inner's.
+struct RowEdges {
+    HWY_ALIGN std::uint16_t sum[8];
+    std::uint16_t diff[8];
+    std::uint16_t slope[8];
+    std::uint16_t power[8];
+    std::uint16_t bend[8];
 };
 
 class CircleRows {
@@ -60,17 +61,20 @@ class CircleRows {
     HWY_ALIGN float dySquared[kRowsAtOnce];
     HWY_ALIGN std::int32_t begin[kRowsAtOnce];
     HWY_ALIGN std::int32_t end[kRowsAtOnce];
-    // Pixels that are wholly inside, or wholly rim in rows that miss the inner disc.
-    HWY_ALIGN std::int32_t middleBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t middleEnd[kRowsAtOnce];
-    HWY_ALIGN std::int32_t middleIsRim[kRowsAtOnce];
     HWY_ALIGN std::int32_t flat[kRowsAtOnce];
-    // Pixels of the rim left and right of the inside; only when wideRim.
-    HWY_ALIGN std::int32_t leftRimBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t leftRimEnd[kRowsAtOnce];
-    HWY_ALIGN std::int32_t rightRimBegin[kRowsAtOnce];
-    HWY_ALIGN std::int32_t rightRimEnd[kRowsAtOnce];
-    EdgeRows outer, inner;
+    // From left to right a row has vectors that edges may cross, a run of one colour, again such
+    // vectors, and so on; a run begins behind the vectors before it. With a wide rim three runs of
+    // the rim, the middle and the rim, else the middle alone. Flat rows have none of all that.
+    HWY_ALIGN std::int32_t edgesBegin[kMostRuns + 1][kRowsAtOnce];
+    HWY_ALIGN std::int32_t edgesCount[kMostRuns + 1][kRowsAtOnce];
+    HWY_ALIGN std::int32_t runBegin[kMostRuns][kRowsAtOnce];
+    HWY_ALIGN std::int32_t runEnd[kMostRuns][kRowsAtOnce];
+    HWY_ALIGN std::int32_t middleIsRim[kRowsAtOnce];
+    HWY_ALIGN std::int32_t outerReach[kRowsAtOnce];  // mean distance from the middle to the edge
+    HWY_ALIGN std::int32_t innerReach[kRowsAtOnce];
+    HWY_ALIGN float outerHalfChords[kRowsAtOnce * kLinesPerRow];
+    HWY_ALIGN float innerHalfChords[kRowsAtOnce * kLinesPerRow];
+    RowEdges edges[kRowsAtOnce];
 
     // Sets the first row that is both of the circle and of the clip; returns the row behind the
     // last one.
@@ -87,6 +91,8 @@ class CircleRows {
         return beside ? firstRow : held(std::ceil(bottom));
     }
 
+    [[nodiscard]] HWY_INLINE int runs() const { return wideRim ? kMostRuns : 1; }
+
     [[nodiscard]] HWY_INLINE bool hasInner() const { return circle.innerRadius > 0; }
 
     // Of the inner disc, or such that it covers nothing.
@@ -97,29 +103,33 @@ class CircleRows {
     // Within a pixel the edge curves away from its tangent, by a mean of about 1/20 of a pixel
     // over the radius.
     [[nodiscard]] static HWY_INLINE float tangentRadius(float radius) {
-        return radius - XK / radius;
+        return radius - 0.05F / radius;
     }
 
     [[nodiscard]] HWY_INLINE bool small() const {
-        return circle.radius < kSmallRadius ||
-               (hasInner() && circle.innerRadius < kSmallRadius);
+        return circle.radius < kSmallRadius || (hasInner() && circle.innerRadius < kSmallRadius);
     }
 
     HWY_INLINE void computeTangents() {
+        const bool far = circle.radius > kFarAway || std::fabs(circle.x) > kFarAway;
         for (int row = 0; row < count; row += kLanes) {
             const VF dy = heights(row);
             const VF square = hn::Mul(dy, dy);
             hn::Store(square, kFloats, dySquared + row);
             computeExtent(row, dy);
-            computeMiddle(row, dy, square);
-            computeFlat(row, dy);
-            if (wideRim) computeRims(row, square);
-            computeNormals(row, dy, circle.radius, outer);
-            if (hasInner()) {
-                computeNormals(row, dy, circle.innerRadius, inner);
-            } else {
-                noInner(row);
-            }
+            const auto missed =
+                hn::Ge(square, squared(hasInner() ? circle.innerRadius + kReach : 0));
+            const RowEdge whole = rowEdge(circle.radius, hn::Abs(dy), square);
+            // Rows that miss the inside get an upright edge, which covers nothing from far away.
+            const RowEdge inside =
+                rowEdge(circle.innerRadius, hn::IfThenZeroElse(missed, hn::Abs(dy)),
+                        hn::IfThenZeroElse(missed, square));
+            const auto isFlat = hn::Or(whole.flat, hn::AndNot(missed, inside.flat));
+            const auto flatInt =
+                far ? hn::Set(kInts, -1) : hn::VecFromMask(kInts, hn::RebindMask(kInts, isFlat));
+            hn::Store(flatInt, kInts, flat + row);
+            storeEdges(row, whole, inside, missed);
+            computeRuns(row, whole, inside, missed);
         }
     }
 
@@ -127,23 +137,15 @@ class CircleRows {
         wideRim = false;
         for (int row = 0; row < count; row += kLanes) {
             computeExtent(row, heights(row));
-            const auto none = hn::Load(kInts, end + row);
-            hn::Store(none, kInts, middleBegin + row);
-            hn::Store(none, kInts, middleEnd + row);
-            hn::Store(hn::Zero(kInts), kInts, middleIsRim + row);
         }
-        computeHalfChords(circle.radius, outer);
-        computeHalfChords(circle.innerRadius, inner);
+        computeHalfChords(circle.radius, outerHalfChords);
+        computeHalfChords(circle.innerRadius, innerHalfChords);
     }
 
   private:
-    static constexpr hn::RebindToSigned<decltype(kFloats)> kInts{};
-    using VI = hn::Vec<decltype(kInts)>;
-
     // Of the rows' centres below the circle's.
     HWY_INLINE VF heights(int row) const {
-        return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F),
-                       hn::Set(kFloats, circle.y));
+        return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F), hn::Set(kFloats, circle.y));
     }
 
     // A column, held to the clip before it becomes an integer.
@@ -170,83 +172,174 @@ class CircleRows {
         hn::Store(column(hn::Ceil(hn::Add(x, half))), kInts, end + row);
     }
 
-    HWY_INLINE void computeMiddle(int row, VF dy, VF square) {
-        const float reached = hasInner() ? circle.innerRadius + kReach : 0;
-        const auto missed = hn::Ge(hn::Abs(dy), hn::Set(kFloats, reached));
-        const VF limit = hn::IfThenElse(missed, solidRadius(circle.radius),
-                                        solidRadius(circle.innerRadius));
-        const VF left = hn::NegMulAdd(limit, limit, square);  // negative inside
-        const auto some = hn::Lt(left, hn::Zero(kFloats));
-        const VF half = hn::Sqrt(hn::IfThenElseZero(some, hn::Neg(left)));
-        const auto any = hn::RebindMask(kInts, some);
-        const VI none = hn::Load(kInts, end + row);
-        hn::Store(hn::IfThenElse(any, firstWithin(half), none), kInts, middleBegin + row);
-        hn::Store(hn::IfThenElse(any, endWithin(half), none), kInts, middleEnd + row);
-        hn::Store(hn::VecFromMask(kInts, hn::RebindMask(kInts, missed)), kInts,
-                  middleIsRim + row);
+    using Mask = hn::Mask<decltype(kFloats)>;
+
+    static HWY_INLINE VF squared(float v) { return hn::Set(kFloats, v * v); }
+
+    struct RowEdge {
+        VF solid;  // pixel centres no further from the middle are wholly covered
+        VF clear;  // pixel centres further from the middle are not covered
+        Mask flat;
+        VI reach, sum, diff, slope, power, bend;
+    };
+
+    static HWY_INLINE VI units(VF pixels) {
+        return hn::ConvertTo(kInts, hn::Mul(pixels, hn::Set(kFloats, kUnitsPerPixel)));
     }
 
-    static HWY_INLINE VF solidRadius(float radius) {
-        return hn::Set(kFloats, std::max(radius - kReach, 0.0F));
-    }
-
-    HWY_INLINE void computeRims(int row, VF square) {
-        const VF outside = solidRadius(circle.radius);
-        const VF clear = hn::Set(kFloats, circle.innerRadius + kReach);
-        const VF far = hn::Sqrt(hn::ZeroIfNegative(hn::MulSub(outside, outside, square)));
-        const VF near = hn::Sqrt(hn::ZeroIfNegative(hn::MulSub(clear, clear, square)));
-        // Rows that miss the inside have one run, the middle: none to the left or right of it.
-        const VI middle = hn::Load(kInts, middleBegin + row);
-        const VI behind = hn::Load(kInts, middleEnd + row);
-        hn::Store(hn::Min(firstWithin(far), middle), kInts, leftRimBegin + row);
-        hn::Store(hn::Min(endWithin(hn::Neg(near)), middle), kInts, leftRimEnd + row);
-        hn::Store(hn::Max(firstWithin(hn::Neg(near)), behind), kInts, rightRimBegin + row);
-        hn::Store(endWithin(far), kInts, rightRimEnd + row);
-    }
-
-    HWY_INLINE void computeNormals(int row, VF dy, float radius, EdgeRows& edge) const {
+    // Over the height of a row the edge of a disc is about a straight line: it runs w = dy / h
+    // across, h being the half chord in the row's middle, and its mean distance from the middle is
+    // h - r^2 / (24 h^3), the second derivative's share.
+    static HWY_INLINE RowEdge rowEdge(float radius, VF height, VF square) {
         const VF one = hn::Set(kFloats, 1.0F);
         const VF half = hn::Set(kFloats, 0.5F);
-        const VF sine = hn::Min(hn::Mul(hn::Abs(dy), hn::Set(kFloats, 1 / radius)), one);
-        const VF cosine = hn::Sqrt(hn::NegMulAdd(sine, sine, one));
-        const VF m = hn::Max(sine, cosine);
-        const VF n = hn::Max(hn::Min(sine, cosine), hn::Set(kFloats, kLeastComponent));
-        const VF slope = hn::Div(hn::Set(kFloats, 65535.0F), m);
-        hn::Store(hn::Mul(half, hn::Add(m, n)), kFloats, edge.sum + row);
-        hn::Store(hn::Mul(half, hn::Sub(m, n)), kFloats, edge.diff + row);
-        hn::Store(slope, kFloats, edge.slope + row);
-        hn::Store(hn::Div(hn::Mul(half, slope), n), kFloats, edge.bend + row);
+        const float least = 2 + radius / 6;
+        const VF squareOfChord = hn::Sub(squared(radius), square);
+        RowEdge edge;
+        edge.flat = hn::Lt(squareOfChord, squared(least));
+        const VF chord = hn::Sqrt(hn::Max(squareOfChord, one));
+        const VF inverse = hn::Div(one, chord);
+        const VF across = hn::Mul(height, inverse);
+        const VF bulge = hn::Mul(hn::Mul(inverse, inverse), hn::Mul(inverse, squared(radius)));
+        const VF mean = hn::NegMulAdd(bulge, hn::Set(kFloats, 1.0F / 24), chord);
+        const VF m = hn::Max(across, one);
+        const VF n = hn::Max(hn::Min(across, one), hn::Set(kFloats, kLeastComponent));
+        const VF sum = hn::Mul(half, hn::Add(m, n));
+        edge.solid = hn::Sub(mean, sum);
+        edge.clear = hn::Add(mean, sum);
+        edge.reach = units(mean);
+        edge.sum = units(sum);
+        edge.diff = units(hn::Mul(half, hn::Sub(m, n)));
+        bends(edge, m);
+        return edge;
     }
 
-    HWY_INLINE void computeFlat(int row, VF dy) {
-        const VF height = hn::Abs(dy);
-        const auto beyond = [height](float limit) HWY_ATTR {
-            return hn::Gt(height, hn::Set(kFloats, limit));
+    // z is scaled by a power of two to use all 16 bits before it is squared. The bend is made a
+    // trifle too weak, so that rounding never keeps a covered pixel from being wholly covered.
+    static HWY_INLINE void bends(RowEdge& edge, VF m) {
+        const VF inverse = hn::Div(hn::Set(kFloats, 1.0F), m);
+        edge.slope = hn::ConvertTo(kInts, hn::Mul(inverse, hn::Set(kFloats, 65535.0F)));
+        const VF n = hn::ConvertTo(kFloats, hn::Sub(edge.sum, edge.diff));
+        const VI exponent = hn::ShiftRight<23>(hn::BitCast(kInts, n));
+        const VI power = hn::ShiftLeft<23>(hn::Sub(hn::Set(kInts, 15 + 127 + 127), exponent));
+        edge.power = hn::ConvertTo(kInts, hn::BitCast(kFloats, power));
+        const VF most = hn::Mul(n, hn::BitCast(kFloats, power));
+        const VF bend =
+            hn::MulSub(hn::Mul(n, inverse), hn::Set(kFloats, 0.5F), hn::Set(kFloats, 4.0F));
+        const VF full = hn::Set(kFloats, 65536.0F * 65536.0F);
+        edge.bend = hn::ConvertTo(
+            kInts, hn::Div(hn::Mul(hn::ZeroIfNegative(bend), full), hn::Mul(most, most)));
+    }
+
+    HWY_INLINE void storeEdges(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
+        storeRows(whole.sum, inside.sum, edges[row].sum);
+        storeRows(whole.diff, inside.diff, edges[row].diff);
+        storeRows(whole.slope, inside.slope, edges[row].slope);
+        storeRows(whole.power, inside.power, edges[row].power);
+        storeRows(whole.bend, inside.bend, edges[row].bend);
+        hn::Store(whole.reach, kInts, outerReach + row);
+        const VI nowhere = hn::Set(kInts, -(1 << 29));
+        hn::Store(hn::IfThenElse(hn::RebindMask(kInts, missed), nowhere, inside.reach), kInts,
+                  innerReach + row);
+    }
+
+    // Spreads one value per row to the eight that the row keeps; `first` is the first row's.
+    static HWY_INLINE void storeRows(VI outer, VI inner, std::uint16_t* first) {
+        storeFour<0>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<1>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<2>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+        storeFour<3>(hn::Or(outer, hn::ShiftLeft<16>(inner)), first);
+    }
+
+    // The rows of every fourth lane.
+    template <int kLane>
+    static HWY_INLINE void storeFour(VI pairs, std::uint16_t* first) {
+        constexpr std::uint8_t a = 4 * kLane;
+        static constexpr std::uint8_t kPattern[16] = {a,     a + 1, a,     a + 1, a,     a + 1,
+                                                      a,     a + 1, a + 2, a + 3, a + 2, a + 3,
+                                                      a + 2, a + 3, a + 2, a + 3};
+        const hn::Repartition<std::uint8_t, decltype(kInts)> kAll;
+        const auto rows =
+            hn::TableLookupBytes(hn::BitCast(kAll, pairs), hn::LoadDup128(kAll, kPattern));
+        const auto at = [first](int row) HWY_ATTR {
+            return reinterpret_cast<std::uint8_t*>(first) + row * kRowBytes;
         };
-        const auto outerFlat = beyond(kFlat * circle.radius);
-        const auto innerFlat = hn::AndNot(beyond(coveringInnerRadius() + kReach),
-                                          beyond(kFlat * circle.innerRadius));
-        const auto any = hn::RebindMask(kInts, hn::Or(outerFlat, innerFlat));
-        hn::Store(hn::VecFromMask(kInts, any), kInts, flat + row);
+        if constexpr (kLanes == 8) {
+            const hn::Half<decltype(kAll)> kHalf;
+            hn::StoreU(hn::LowerHalf(kHalf, rows), kHalf, at(kLane));
+            hn::StoreU(hn::UpperHalf(kHalf, rows), kHalf, at(kLane + 4));
+        } else {
+            hn::StoreU(rows, kAll, at(kLane));
+        }
+    }
+    static constexpr std::ptrdiff_t kRowBytes = sizeof(RowEdges);
+
+    HWY_INLINE void computeRuns(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
+        hn::Store(hn::VecFromMask(kInts, hn::RebindMask(kInts, missed)), kInts, middleIsRim + row);
+        const VI rowEnd = hn::Load(kInts, end + row);
+        const VI rowFlat = hn::Load(kInts, flat + row);
+        const VI rowBegin = hn::IfVecThenElse(rowFlat, rowEnd, hn::Load(kInts, begin + row));
+        const VF slack = hn::Set(kFloats, kSlack);
+        const VF half = hn::Sub(hn::IfThenElse(missed, whole.solid, inside.solid), slack);
+        const VI first = hn::Min(hn::Max(firstWithin(half), rowBegin), rowEnd);
+        const VI behind = hn::Max(endWithin(half), first);
+        if (!wideRim) {
+            const VI x = layRun(0, row, rowBegin, {first, behind, rowEnd});
+            layEdges(1, row, x, rowEnd);
+            return;
+        }
+        // Rows that miss the inside have one run, the middle: none to the left or right of it.
+        const auto alone = hn::RebindMask(kInts, missed);
+        const VF far = hn::Sub(whole.solid, slack);
+        const VF near = hn::Neg(hn::Add(inside.clear, slack));
+        const VI left = hn::IfThenElse(alone, first, hn::Min(firstWithin(far), first));
+        const VI leftEnd = hn::IfThenElse(alone, first, hn::Min(endWithin(near), first));
+        const VI right = hn::IfThenElse(alone, rowEnd, hn::Max(firstWithin(near), behind));
+        const VI rightEnd = hn::IfThenElse(alone, rowEnd, hn::Max(endWithin(far), behind));
+        VI x = layRun(0, row, rowBegin, {left, leftEnd, first});
+        x = layRun(1, row, x, {first, behind, hn::Min(right, rowEnd)});
+        x = layRun(2, row, x, {right, hn::Min(rightEnd, rowEnd), rowEnd});
+        layEdges(3, row, x, rowEnd);
     }
 
-    // An upright edge; its radius of -1 keeps it from covering anything.
-    HWY_INLINE void noInner(int row) {
-        hn::Store(hn::Set(kFloats, 0.5F), kFloats, inner.sum + row);
-        hn::Store(hn::Set(kFloats, 0.5F), kFloats, inner.diff + row);
-        hn::Store(hn::Set(kFloats, 65535.0F), kFloats, inner.slope + row);
-        hn::Store(hn::Zero(kFloats), kFloats, inner.bend + row);
+    struct Run {
+        VI begin, end;
+        VI next;  // where the vectors behind the run should end
+    };
+
+    static HWY_INLINE VI vectorsFor(VI pixels) {
+        constexpr int kShift = kLanes == 8 ? 3 : 2;
+        static_assert(kLanes == 1 << kShift);
+        return hn::ShiftRight<kShift>(
+            hn::Add(hn::Max(pixels, hn::Zero(kInts)), hn::Set(kInts, kLanes - 1)));
+    }
+    static HWY_INLINE VI pixelsOf(VI vectors) { return hn::Mul(vectors, hn::Set(kInts, kLanes)); }
+
+    HWY_INLINE VI layEdges(int index, int row, VI x, VI until) {
+        const VI vectors = vectorsFor(hn::Sub(until, x));
+        hn::Store(x, kInts, edgesBegin[index] + row);
+        hn::Store(vectors, kInts, edgesCount[index] + row);
+        return hn::Add(x, pixelsOf(vectors));
     }
 
-    HWY_INLINE void computeHalfChords(float radius, EdgeRows& edge) const {
+    // Returns where the run ends: whole vectors before `next`, so that the last one is filled.
+    HWY_INLINE VI layRun(int index, int row, VI x, const Run& run) {
+        const VI from = layEdges(index, row, x, run.begin);
+        const VI rest = pixelsOf(vectorsFor(hn::Sub(run.next, run.end)));
+        const VI to = hn::Max(hn::Sub(run.next, rest), from);
+        hn::Store(from, kInts, runBegin[index] + row);
+        hn::Store(to, kInts, runEnd[index] + row);
+        return to;
+    }
+
+    HWY_INLINE void computeHalfChords(float radius, float* halfChords) const {
         const VF square = hn::Set(kFloats, radius * radius);
         const VF step = hn::Set(kFloats, 1.0F / kLinesPerRow);
         const float first = float(firstRow) + 0.5F / kLinesPerRow - circle.y;
         for (int line = 0; line < count * kLinesPerRow; line += kLanes) {
-            const VF dy =
-                hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
+            const VF dy = hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
             const VF half = hn::Sqrt(hn::ZeroIfNegative(hn::NegMulAdd(dy, dy, square)));
-            hn::Store(half, kFloats, edge.halfChords + line);
+            hn::Store(half, kFloats, halfChords + line);
         }
     }
 };

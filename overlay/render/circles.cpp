@@ -4,14 +4,7 @@
 // part of the pixel by the whole disc and by the disc inside the border: linear in the coverages,
 // hence what averaging a far finer drawing gives.
 //
-// Coverage of a disc: seen from one pixel, the edge is a straight line at the signed distance e
-// (radius less distance of the pixel's centre) whose normal has the components m >= n >= 0. The
-// covered part of the unit square is then
-//     1/2 + e/m - z|z| / (2mn),   e held to +-(m+n)/2, z the part of e beyond +-(m-n)/2,
-// straight in the middle and bending into the two corners. Every pixel of a row that the edge
-// crosses lies at the radius, so the sine of the normal's angle is the row's height over it; where
-// the edge runs nearly along the row that is too coarse and every pixel gets its own normal.
-// Discs too small for tangents are integrated along eight lines per row.
+// See circle_cover-inl.h for the coverages.
 #include "overlay/render/circle_look.h"
 #include "overlay/render/visibility.h"
 
@@ -22,188 +15,152 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
-#include "overlay/render/blend-inl.h"
-#include "overlay/render/circle_rows-inl.h"
+#include "overlay/render/circle_cover-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace skavlo {
 namespace HWY_NAMESPACE {
 namespace {
 
-struct Edge {
-    VF radius, sum, diff, slope, bend;
+// Eight pixels that an edge may cross.
+struct EdgeUnit {
+    std::int32_t x;
+    std::int32_t row;
 };
 
-HWY_INLINE Edge loadEdge(VF radius, const EdgeRows& rows, int row) {
-    return {radius, hn::Set(kFloats, rows.sum[row]), hn::Set(kFloats, rows.diff[row]),
-            hn::Set(kFloats, rows.slope[row]), hn::Set(kFloats, rows.bend[row])};
-}
+constexpr int kMostUnits = 512;
 
-// Rounds 0 to 65535 to an integer in both halves of each lane.
-HWY_INLINE VU16 toCoverage(VF value) {
-    const auto bits = hn::BitCast(kPixels, hn::Add(value, hn::Set(kFloats, 8388608.0F)));
-    return hn::OddEven(hn::BitCast(kHalves, hn::ShiftLeft<16>(bits)), hn::BitCast(kHalves, bits));
-}
+struct Brush {
+    HWY_INLINE Brush(const CircleLook& look, float opacity)
+        : paints(look.rim.data(), look.inside.data(), opacity),
+          rim(paints.solid(kCovered, 0)),
+          inside(paints.solid(0, kCovered)) {}
 
-HWY_INLINE VU16 coverage(VF distance, const Edge& edge) {
-    const VF e = hn::Sub(edge.radius, distance);
-    const VF held = hn::Max(hn::Min(e, edge.sum), hn::Neg(edge.sum));
-    const VF straight = hn::Max(hn::Min(e, edge.diff), hn::Neg(edge.diff));
-    const VF z = hn::Sub(held, straight);
-    const VF line = hn::MulAdd(held, edge.slope, hn::Set(kFloats, 32767.5F));
-    return toCoverage(hn::NegMulAdd(hn::Mul(z, hn::Abs(z)), edge.bend, line));
-}
-
-// Covered part of pixels centred dx off the disc's middle, from half chords at eight heights.
-HWY_INLINE VU16 chordCoverage(VF dx, const float* HWY_RESTRICT halfChords) {
-    const VF half = hn::Set(kFloats, 0.5F);
-    const VF right = hn::Add(half, dx);
-    const VF left = hn::Sub(half, dx);
-    VF sum = hn::Zero(kFloats);
-    for (int i = 0; i < kLinesPerRow; ++i) {
-        const VF h = hn::Set(kFloats, halfChords[i]);
-        const VF overlap = hn::Add(hn::Min(right, h), hn::Min(left, h));
-        sum = hn::Add(sum, hn::Max(overlap, hn::Zero(kFloats)));
-    }
-    const VF scaled = hn::Mul(sum, hn::Set(kFloats, 65535.0F / kLinesPerRow));
-    return toCoverage(hn::Min(scaled, hn::Set(kFloats, 65535.0F)));
-}
-
-// Coverages by both discs in one row of an instance.
-struct TangentRow {
-    VF dySquared;
-    Edge outer, inner;
-    HWY_INLINE TangentRow(const CircleRows& rows, int row)
-        : dySquared(hn::Set(kFloats, rows.dySquared[row])),
-          outer(loadEdge(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius)), rows.outer, row)),
-          inner(loadEdge(hn::Set(kFloats, rows.coveringInnerRadius()), rows.inner, row)) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, dySquared));
-        outerCover = coverage(distance, outer);
-        innerCover = coverage(distance, inner);
-    }
-};
-
-// The same where an edge is nearly level: the normal is that of each pixel, for both edges.
-struct FlatRow {
-    VF dy, outerRadius, innerRadius;
-    HWY_INLINE FlatRow(const CircleRows& rows, int row)
-        : dy(hn::Sqrt(hn::Set(kFloats, rows.dySquared[row]))),
-          outerRadius(hn::Set(kFloats, rows.tangentRadius(rows.circle.radius))),
-          innerRadius(hn::Set(kFloats, rows.coveringInnerRadius())) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        const VF half = hn::Set(kFloats, 0.5F);
-        const VF across = hn::Abs(dx);
-        const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, hn::Mul(dy, dy)));
-        const VF scale = hn::Div(half, hn::Max(distance, hn::Set(kFloats, 0.5F)));
-        const VF m = hn::Max(hn::Mul(hn::Max(across, dy), scale), hn::Set(kFloats, 0.25F));
-        const VF n = hn::Max(hn::Mul(hn::Min(across, dy), scale),
-                             hn::Set(kFloats, kLeastComponent / 2));
-        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n),
-                  hn::Div(hn::Set(kFloats, 32767.5F), m), hn::Zero(kFloats)};
-        edge.bend = hn::Div(hn::Mul(edge.slope, hn::Set(kFloats, 0.25F)), n);
-        outerCover = coverage(distance, edge);
-        edge.radius = innerRadius;
-        innerCover = coverage(distance, edge);
-    }
-};
-
-struct ChordRow {
-    const float* outer;
-    const float* inner;
-    HWY_INLINE ChordRow(const CircleRows& rows, int row)
-        : outer(rows.outer.halfChords + row * kLinesPerRow),
-          inner(rows.inner.halfChords + row * kLinesPerRow) {}
-    HWY_INLINE void at(VF dx, VU16& outerCover, VU16& innerCover) const {
-        outerCover = chordCoverage(dx, outer);
-        innerCover = chordCoverage(dx, inner);
-    }
-};
-
-// One row being drawn from left to right.
-template <class Row>
-class RowPen {
-  public:
-    HWY_INLINE RowPen(std::uint32_t* HWY_RESTRICT pixels, const CircleRows& rows, int row,
-                      const TwoPaints& paints)
-        : cover_(rows, row),
-          paints_(paints),
-          pixels_(pixels),
-          firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))),
-          x_(rows.begin[row]),
-          clipRight_(rows.clip.right()) {}
-
-    HWY_INLINE void edgesTo(int end) {
-        for (; x_ < end; x_ += kLanes) {
-            if (HWY_LIKELY(x_ + kLanes <= clipRight_)) {
-                edge(pixels_ + x_);
-            } else {
-                std::uint32_t part[kLanes] = {};
-                const std::size_t bytes = sizeof(part[0]) * std::size_t(clipRight_ - x_);
-                std::memcpy(part, pixels_ + x_, bytes);
-                edge(part);
-                std::memcpy(pixels_ + x_, part, bytes);
-            }
-        }
-    }
-
-    HWY_INLINE void solidTo(int end, const SolidPaint& paint) {
-        for (; x_ + kLanes <= end; x_ += kLanes) {
-            hn::StoreU(paint.over(hn::LoadU(kPixels, pixels_ + x_)), kPixels, pixels_ + x_);
-        }
-    }
-
-  private:
-    HWY_INLINE void edge(std::uint32_t* HWY_RESTRICT at) const {
-        const VF dx = hn::Add(firstCentre_, hn::Set(kFloats, float(x_)));
-        VU16 outer, inner;
-        cover_.at(dx, outer, inner);
-        hn::StoreU(paints_.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
-    }
-
-    Row cover_;
-    const TwoPaints& paints_;
-    std::uint32_t* HWY_RESTRICT pixels_;
-    VF firstCentre_;
-    int x_;
-    int clipRight_;
-};
-
-struct Solids {
+    TwoPaints paints;
     SolidPaint rim, inside;
+    TangentConstants constants;
 };
 
-template <class Row>
-HWY_INLINE void drawRow(std::uint32_t* HWY_RESTRICT pixels, const CircleRows& rows, int row,
-                        const TwoPaints& paints, const Solids& solids) {
-    RowPen<Row> pen(pixels, rows, row, paints);
-    if (rows.wideRim) {
-        pen.edgesTo(rows.leftRimBegin[row]);
-        pen.solidTo(rows.leftRimEnd[row], solids.rim);
-    }
-    pen.edgesTo(rows.middleBegin[row]);
-    pen.solidTo(rows.middleEnd[row], rows.middleIsRim[row] ? solids.rim : solids.inside);
-    if (rows.wideRim) {
-        pen.edgesTo(rows.rightRimBegin[row]);
-        pen.solidTo(rows.rightRimEnd[row], solids.rim);
-    }
-    pen.edgesTo(rows.end[row]);
+// Calls `draw` with eight pixels to read and write, of which only `count` exist.
+template <class Draw>
+HWY_INLINE void withPart(std::uint32_t* at, int count, const Draw& draw) {
+    std::uint32_t part[kLanes] = {};
+    const std::size_t bytes = sizeof(part[0]) * std::size_t(count);
+    std::memcpy(part, at, bytes);
+    draw(part);
+    std::memcpy(at, part, bytes);
 }
 
-template <bool kSmall>
-HWY_INLINE void drawRows(const RenderTarget& target, const CircleRows& rows,
-                         const TwoPaints& paints, const Solids& solids) {
-    for (int row = 0; row < rows.count; ++row) {
-        std::uint32_t* pixels =
-            target.pixels + std::ptrdiff_t{rows.firstRow + row} * target.stride;
-        if constexpr (kSmall) {
-            drawRow<ChordRow>(pixels, rows, row, paints, solids);
-        } else if (rows.flat[row]) {
-            drawRow<FlatRow>(pixels, rows, row, paints, solids);
+// The rows of one circle being drawn.
+struct Canvas {
+    std::uint32_t* firstRow;
+    std::ptrdiff_t stride;
+    const CircleRows& rows;
+    const Brush& brush;
+
+    [[nodiscard]] HWY_INLINE std::uint32_t* at(int x, int row) const {
+        return firstRow + row * stride + x;
+    }
+    // Calls `draw` with the eight pixels from x on, which are others where the clip has fewer.
+    template <class Draw>
+    HWY_INLINE void with(int x, int row, const Draw& draw) const {
+        const int room = rows.clip.right() - x;
+        if (HWY_LIKELY(room >= kLanes)) {
+            draw(at(x, row));
         } else {
-            drawRow<TangentRow>(pixels, rows, row, paints, solids);
+            withPart(at(x, row), room, draw);
         }
     }
+};
+
+// The edges' pixels of many rows one after the other: in one loop, whose end alone is a surprise.
+HWY_NOINLINE void drawUnits(const EdgeUnit* units, int count, const Canvas& canvas) {
+    const Brush& brush = canvas.brush;
+    const auto origin = std::int32_t((0.5F - canvas.rows.circle.x) * kUnitsPerPixel);
+    for (int i = 0; i < count; ++i) {
+        const EdgeUnit unit = units[i];
+        canvas.with(unit.x, unit.row, [&](std::uint32_t* at) HWY_ATTR {
+            VU16 outer, inner;
+            const std::int32_t place = origin + unit.x * (1 << kPixelBits);
+            TangentRow(canvas.rows, unit.row, brush.constants).at(place, outer, inner);
+            hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
+        });
+    }
+}
+
+HWY_NOINLINE void drawEdges(const Canvas& canvas, int index) {
+    EdgeUnit units[kMostUnits];
+    int count = 0;
+    const CircleRows& rows = canvas.rows;
+    for (int row = 0; row < rows.count; ++row) {
+        const int x = rows.edgesBegin[index][row];
+        const int more = rows.edgesCount[index][row];
+        if (HWY_UNLIKELY(count + std::max(more, 2) > kMostUnits)) {
+            drawUnits(units, count, canvas);
+            count = 0;
+        }
+        // Mostly there are no more than two: writing them all the same spares a branch.
+        units[count] = {x, row};
+        units[count + 1] = {x + kLanes, row};
+        for (int i = 2; HWY_UNLIKELY(i < more); ++i) {
+            if (count + i == kMostUnits) {
+                drawUnits(units, kMostUnits, canvas);
+                count = -i;
+            }
+            units[count + i] = {x + i * kLanes, row};
+        }
+        count += more;
+    }
+    drawUnits(units, count, canvas);
+}
+
+HWY_NOINLINE void drawRuns(const Canvas& canvas, int index) {
+    const CircleRows& rows = canvas.rows;
+    const bool middle = index == rows.runs() / 2;
+    for (int row = 0; row < rows.count; ++row) {
+        const int end = rows.runEnd[index][row];
+        const SolidPaint& paint =
+            middle && !rows.middleIsRim[row] ? canvas.brush.inside : canvas.brush.rim;
+        int x = rows.runBegin[index][row];
+        for (; x + kLanes <= end; x += kLanes) {
+            std::uint32_t* at = canvas.at(x, row);
+            hn::StoreU(paint.over(hn::LoadU(kPixels, at)), kPixels, at);
+        }
+        if (x >= end) continue;
+        canvas.with(x, row, [&](std::uint32_t* at) HWY_ATTR {
+            const auto below = hn::LoadU(kPixels, at);
+            const auto mask = hn::FirstN(kPixels, std::size_t(end - x));
+            hn::StoreU(hn::IfThenElse(mask, paint.over(below), below), kPixels, at);
+        });
+    }
+}
+
+template <class Row>
+HWY_NOINLINE void drawRow(const Canvas& canvas, int row) {
+    const Row cover(canvas.rows, row);
+    for (int x = canvas.rows.begin[row]; x < canvas.rows.end[row]; x += kLanes) {
+        canvas.with(x, row, [&](std::uint32_t* at) HWY_ATTR {
+            VU16 outer, inner;
+            cover.at(cover.placeOf(x), outer, inner);
+            const auto below = hn::LoadU(kPixels, at);
+            hn::StoreU(canvas.brush.paints.over(below, outer, inner), kPixels, at);
+        });
+    }
+}
+
+HWY_INLINE void drawTangents(const Canvas& canvas) {
+    for (int i = 0; i < canvas.rows.runs(); ++i) {
+        drawRuns(canvas, i);
+        drawEdges(canvas, i);
+    }
+    drawEdges(canvas, canvas.rows.runs());
+    for (int row = 0; row < canvas.rows.count; ++row) {
+        if (canvas.rows.flat[row]) drawRow<FlatRow>(canvas, row);
+    }
+}
+
+HWY_INLINE void drawChords(const Canvas& canvas) {
+    for (int row = 0; row < canvas.rows.count; ++row) drawRow<ChordRow>(canvas, row);
 }
 
 HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
@@ -211,18 +168,18 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
     rows.circle = {instance.x, instance.y, look.radius * instance.scale,
                    look.innerRadius * instance.scale};
     rows.clip = clip;
-    const float opacity = std::min(instance.opacity, 1.0F);
-    const TwoPaints paints(look.rim.data(), look.inside.data(), opacity);
-    const Solids solids{paints.solid(0xFFFF, 0), paints.solid(0, 0xFFFF)};
+    const Brush brush(look, std::min(instance.opacity, 1.0F));
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
+        std::uint32_t* pixels = target.pixels + std::ptrdiff_t{rows.firstRow} * target.stride;
+        const Canvas canvas{pixels, target.stride, rows, brush};
         if (rows.small()) {
             rows.computeChords();
-            drawRows<true>(target, rows, paints, solids);
+            drawChords(canvas);
         } else {
             rows.computeTangents();
-            drawRows<false>(target, rows, paints, solids);
+            drawTangents(canvas);
         }
         rows.firstRow += rows.count;
     }

@@ -6,9 +6,9 @@
 #include <memory>
 #include <span>
 
-#include "overlay/colour.h"
 #include "platform/bitmap.h"
 #include "platform/geometry.h"
+#include "settings/colour.h"
 
 namespace skavlo {
 

@@ -26,8 +26,7 @@ void AxisTaps::resize(int count) {
     for (auto& tap : weights) tap.resize(std::size_t(count) + kMore);
 }
 
-void computeLinearTaps(const SpriteAxis& axis, int begin, int count, float factor,
-                       AxisTaps& taps) {
+void computeLinearTaps(const SpriteAxis& axis, int begin, int count, float factor, AxisTaps& taps) {
     for (int i = 0; i < count; ++i) {
         const auto at = std::size_t(i);
         const Taps found = axis.linear(begin + i);

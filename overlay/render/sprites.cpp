@@ -22,7 +22,6 @@ namespace skavlo {
 namespace HWY_NAMESPACE {
 namespace {
 
-constexpr hn::RebindToSigned<decltype(kFloats)> kInts;
 constexpr hn::FixedTag<std::uint16_t, 8> kTwoTexels;
 constexpr hn::Rebind<std::uint8_t, decltype(kHalves)> kBytes;
 constexpr int kPixelsAtOnce = int(hn::MaxLanes(kHalves)) / kChannels;
@@ -71,16 +70,20 @@ void averageRows(SpriteJob& job, int row) {
     int used = 1;
     for (int i = 0; i < kMostTaps; ++i) {
         const int y = std::min(job.rows.first[row] + i, side - 1);
-        rows[i] = reinterpret_cast<const std::uint8_t*>(
-            job.level->pixels.data() + std::ptrdiff_t{y} * side + job.firstTexel);
+        rows[i] = reinterpret_cast<const std::uint8_t*>(job.level->pixels.data() +
+                                                        std::ptrdiff_t{y} * side + job.firstTexel);
         weights[i] = std::uint16_t(job.rows.weights[i][row]);
         if (weights[i] != 0) used = i + 1;
     }
     switch (used) {
-        case 1: return averageRows<1>(job, rows, weights);
-        case 2: return averageRows<2>(job, rows, weights);
-        case 3: return averageRows<3>(job, rows, weights);
-        default: return averageRows<kMostTaps>(job, rows, weights);
+        case 1:
+            return averageRows<1>(job, rows, weights);
+        case 2:
+            return averageRows<2>(job, rows, weights);
+        case 3:
+            return averageRows<3>(job, rows, weights);
+        default:
+            return averageRows<kMostTaps>(job, rows, weights);
     }
 }
 
@@ -101,10 +104,10 @@ void averageColumns(SpriteJob& job) {
     const std::uint16_t* weights = job.columnWeights.data();
     for (int x = 0; x < job.area.width; x += 2) {
         const auto a = weighted<kPairs>(job.texelRow.data() + job.columns.first[x], weights);
-        const auto b = weighted<kPairs>(job.texelRow.data() + job.columns.first[x + 1],
-                                        weights + kPairs * 8);
-        const auto sum = hn::Add(hn::ConcatLowerLower(kTwoTexels, b, a),
-                                 hn::ConcatUpperUpper(kTwoTexels, b, a));
+        const auto b =
+            weighted<kPairs>(job.texelRow.data() + job.columns.first[x + 1], weights + kPairs * 8);
+        const auto sum =
+            hn::Add(hn::ConcatLowerLower(kTwoTexels, b, a), hn::ConcatUpperUpper(kTwoTexels, b, a));
         hn::StoreU(sum, kTwoTexels, job.pixelRow.data() + x * kChannels);
         weights += kPairs * 16;
     }

@@ -19,9 +19,8 @@ ContactTracker::ContactTracker(ScreenSize screenSize, Sink sink)
 }
 
 ContactTracker::Contact* ContactTracker::find(ContactKey key) {
-    const auto it = std::find_if(contacts_.begin(), contacts_.end(), [&](const Contact& c) {
-        return c.touching && c.key == key;
-    });
+    const auto it = std::find_if(contacts_.begin(), contacts_.end(),
+                                 [&](const Contact& c) { return c.touching && c.key == key; });
     return it == contacts_.end() ? nullptr : &*it;
 }
 

@@ -11,8 +11,8 @@
 namespace skavlo {
 
 struct ContactKey {
-    std::uint32_t device = 0;   // unique among the devices that are present
-    std::int32_t contact = 0;   // slot or touch id, unique within the device while it touches
+    std::uint32_t device = 0;  // unique among the devices that are present
+    std::int32_t contact = 0;  // slot or touch id, unique within the device while it touches
     bool operator==(const ContactKey&) const = default;
 };
 

@@ -55,7 +55,9 @@ void HeadlessRunLoop::async(std::function<void()> block) {
     posted_.push_back(std::move(block));
 }
 
-bool HeadlessRunLoop::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
+bool HeadlessRunLoop::isMainThread() const {
+    return std::this_thread::get_id() == mainThread_;
+}
 
 std::unique_ptr<Timer> HeadlessRunLoop::scheduledTimer(double intervalSeconds, bool repeats,
                                                        std::function<void()> action) {

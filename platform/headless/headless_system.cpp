@@ -38,7 +38,9 @@ std::string HeadlessFiles::versionOf(const std::string& path) const {
 
 void HeadlessFiles::chown(const std::string& /*path*/, unsigned /*uid*/, unsigned /*gid*/) {}
 
-void HeadlessFiles::unlink(const std::string& path) { files_.erase(path); }
+void HeadlessFiles::unlink(const std::string& path) {
+    files_.erase(path);
+}
 
 void HeadlessNotifications::notify_post(const std::string& name) {
     const auto [first, last] = handlers_.equal_range(name);

@@ -28,6 +28,10 @@ InputSelector::~InputSelector() = default;
 
 void InputSelector::scheduleWithMainRunLoop() {
     if (options_.layout) layout_ = options_.layout();
+    if (!sleep_)
+        sleep_ = std::make_unique<SleepWatch>(
+            context_, SleepWatch::openClockJumps(), &SleepWatch::sleptSoFar,
+            [this] { tracker_.endAll(clock_.mach_absolute_time()); });
     openX();
     openLibinput();
     choose();

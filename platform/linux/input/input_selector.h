@@ -9,6 +9,7 @@
 #include "platform/linux/input/device_opener.h"
 #include "platform/linux/input/libinput_source.h"
 #include "platform/linux/input/pointer_source.h"
+#include "platform/linux/input/sleep_watch.h"
 #include "platform/linux/input/x_input_connection.h"
 #include "platform/linux/input/xinput2_source.h"
 #include "platform/linux/loop/asio_run_loop.h"
@@ -29,8 +30,8 @@ struct InputOptions {
 
 // The machine's touches, from one source at a time so that no contact shows twice: the devices
 // themselves when at least one touchscreen or pen can be opened, else the X server's touchscreens,
-// else its pointer. Chosen again whenever devices come or go; then the old source's contacts end.
-// All on the loop's thread.
+// else its pointer. Chosen again whenever devices come or go; then the old source's contacts end,
+// as all do when the machine has slept. All on the loop's thread.
 class InputSelector final : public HidEventSystemClient {
   public:
     InputSelector(asio::io_context& context, InputOptions options);
@@ -74,6 +75,7 @@ class InputSelector final : public HidEventSystemClient {
     void* refcon_ = nullptr;
     std::function<void(InputSourceKind)> sourceHandler_;
     InputSourceKind source_ = InputSourceKind::none;
+    std::unique_ptr<SleepWatch> sleep_;
     std::unique_ptr<XInputConnection> x_;
     std::unique_ptr<LibinputSource> libinput_;
     std::unique_ptr<XInput2Source> xinput2_;

@@ -31,10 +31,9 @@ struct XDevicePlacement {
 // Touchscreens and pens of udev's seat0.
 //
 // Only they are opened: a keyboard or a mouse is never read, so its events cost nothing here.
-// A finger stays a finger while another virtual terminal is in front, or another program reads the
-// device: contacts come and end as on any other. A program that grabs a device for itself takes it
-// away without a word; the kernel tells nobody. Over a suspend of the machine the kernel lifts the
-// fingers, and suspend() does so for whoever knows of one.
+// A finger stays a finger while another virtual terminal is in front or another program reads the
+// device: contacts come and end as ever. A program that grabs a device takes it away without a
+// word. The kernel does not lift fingers over a sleep of the machine; see SleepWatch.
 class LibinputSource final : public TouchSource {
   public:
     // The X server's placement of a device node; none when it does not drive it.

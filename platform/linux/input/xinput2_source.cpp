@@ -1,5 +1,7 @@
 #include "platform/linux/input/xinput2_source.h"
 
+#include <algorithm>
+
 #include "platform/linux/input/server_time.h"
 
 namespace skavlo {
@@ -39,10 +41,13 @@ void XInput2Source::devicesChanged() {
 void XInput2Source::handle(const XRawEvent& event) {
     const XInputDevice* device = connection_.device(event.source);
     if (!device || !device->directTouch) return;
-    // The server has no frames; what one millisecond brings is one.
-    if (time_ && *time_ != event.time) finishFrame();
-    time_ = event.time;
     const ContactKey key{event.source, static_cast<std::int32_t>(event.detail)};
+    // The server has no frames; what one millisecond brings is one, until a contact comes again:
+    // every place it was at counts.
+    const bool again = std::find(inFrame_.begin(), inFrame_.end(), key) != inFrame_.end();
+    if (time_ && (*time_ != event.time || again)) finishFrame();
+    time_ = event.time;
+    inFrame_.push_back(key);
     const Point points = desktopToPoints_.apply(
         {device->x.normalised(event.position.x), device->y.normalised(event.position.y)});
     switch (event.type) {
@@ -66,6 +71,7 @@ void XInput2Source::finishFrame() {
     if (!time_) return;
     const MachTime time = serverTimeToMachTime(*time_, clock_.mach_absolute_time());
     time_.reset();
+    inFrame_.clear();
     tracker_.frame(time);
 }
 

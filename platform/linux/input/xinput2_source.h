@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <vector>
 
 #include "platform/digitizer/contact_tracker.h"
 #include "platform/linux/input/touch_source.h"
@@ -34,7 +35,8 @@ class XInput2Source final : public TouchSource {
     const Clock& clock_;
     Affine desktopToPoints_;             // from normalised desktop positions
     std::optional<std::uint32_t> time_;  // of the frame that is being collected
-    std::set<std::uint16_t> touched_;    // devices that began a contact
+    std::vector<ContactKey> inFrame_;
+    std::set<std::uint16_t> touched_;  // devices that began a contact
 };
 
 }  // namespace skavlo

@@ -65,9 +65,13 @@ class AsioTimer final : public Timer {
 AsioRunLoop::AsioRunLoop()
     : work_(context_.get_executor()), mainThread_(std::this_thread::get_id()) {}
 
-void AsioRunLoop::async(std::function<void()> block) { asio::post(context_, std::move(block)); }
+void AsioRunLoop::async(std::function<void()> block) {
+    asio::post(context_, std::move(block));
+}
 
-bool AsioRunLoop::isMainThread() const { return std::this_thread::get_id() == mainThread_; }
+bool AsioRunLoop::isMainThread() const {
+    return std::this_thread::get_id() == mainThread_;
+}
 
 std::unique_ptr<Timer> AsioRunLoop::scheduledTimer(double intervalSeconds, bool repeats,
                                                    std::function<void()> action) {

@@ -83,8 +83,8 @@ class Registration final : public NotificationRegistration {
             const ssize_t length =
                 recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
             if (length < 0) return;
-            const bool ours = notification_ ==
-                              std::string_view(buffer.data(), static_cast<std::size_t>(length));
+            const bool ours =
+                notification_ == std::string_view(buffer.data(), static_cast<std::size_t>(length));
             if (const auto call = handler.lock(); call && ours) (*call)();
         }
     }

@@ -19,8 +19,7 @@ constexpr off_t kLargestFile = off_t{16} << 20U;
 bool writeAll(int descriptor, const std::string& contents) {
     std::size_t done = 0;
     while (done < contents.size()) {
-        const ssize_t written =
-            ::write(descriptor, contents.data() + done, contents.size() - done);
+        const ssize_t written = ::write(descriptor, contents.data() + done, contents.size() - done);
         if (written < 0 && errno == EINTR) continue;
         if (written <= 0) return false;
         done += static_cast<std::size_t>(written);
@@ -93,6 +92,8 @@ void PosixFiles::chown(const std::string& path, unsigned uid, unsigned gid) {
     if (fchown(file.get(), uid, gid) != 0) return;
 }
 
-void PosixFiles::unlink(const std::string& path) { ::unlink(path.c_str()); }
+void PosixFiles::unlink(const std::string& path) {
+    ::unlink(path.c_str());
+}
 
 }  // namespace skavlo

@@ -9,11 +9,17 @@
 
 namespace skavlo {
 
-int PosixProcess::kill(int pid, int signal) { return ::kill(pid, signal); }
+int PosixProcess::kill(int pid, int signal) {
+    return ::kill(pid, signal);
+}
 
-int PosixProcess::getpid() const { return ::getpid(); }
+int PosixProcess::getpid() const {
+    return ::getpid();
+}
 
-void PosixProcess::setpriority(int nice) { ::setpriority(PRIO_PROCESS, 0, nice); }
+void PosixProcess::setpriority(int nice) {
+    ::setpriority(PRIO_PROCESS, 0, nice);
+}
 
 void PosixProcess::memorystatus_control(int /*command*/, int /*pid*/, unsigned /*limit*/) {
     const UniqueDescriptor file(open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC));

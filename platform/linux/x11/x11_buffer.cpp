@@ -41,13 +41,12 @@ bool X11Buffer::attachShared() {
     const XcbPtr<xcb_shm_query_version_reply_t> version(
         xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
     const bool takesDescriptors =
-        version &&
-        (version->major_version > 1 || (version->major_version == 1 && version->minor_version >= 2));
+        version && (version->major_version > 1 ||
+                    (version->major_version == 1 && version->minor_version >= 2));
     if (!takesDescriptors) return false;
     UniqueDescriptor memory(memfd_create("skavlo-frame", MFD_CLOEXEC));
     if (!memory || ftruncate(memory.get(), static_cast<off_t>(bytes_)) != 0) return false;
-    void* address =
-        mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);
+    void* address = mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);
     if (address == MAP_FAILED) return false;
     segment_ = xcb_generate_id(c);
     const XcbPtr<xcb_generic_error_t> refused(

@@ -65,8 +65,8 @@ xcb_atom_t X11Connection::atom(const char* name) const {
 bool X11Connection::isLocal() const {
     sockaddr_storage address{};
     socklen_t length = sizeof address;
-    return getsockname(xcb_get_file_descriptor(connection_),
-                       reinterpret_cast<sockaddr*>(&address), &length) == 0 &&
+    return getsockname(xcb_get_file_descriptor(connection_), reinterpret_cast<sockaddr*>(&address),
+                       &length) == 0 &&
            address.ss_family == AF_UNIX;
 }
 
@@ -95,6 +95,8 @@ void X11Connection::pump() {
     if (xcb_connection_has_error(connection_) != 0 && lost_) std::exchange(lost_, nullptr)();
 }
 
-void X11Connection::flush() { xcb_flush(connection_); }
+void X11Connection::flush() {
+    xcb_flush(connection_);
+}
 
 }  // namespace skavlo

@@ -71,15 +71,15 @@ X11Outputs::X11Outputs(X11Connection& connection) : connection_(connection) {
 
 void X11Outputs::handle(const xcb_generic_event_t& event) {
     const int type = event.response_type & 0x7f;
-    const bool randrChanged = randrEvent_ >= 0 && (type == randrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-                                                   type == randrEvent_ + XCB_RANDR_NOTIFY);
+    const bool randrChanged =
+        randrEvent_ >= 0 && (type == randrEvent_ + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                             type == randrEvent_ + XCB_RANDR_NOTIFY);
     const bool rootResized =
         type == XCB_CONFIGURE_NOTIFY &&
         reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == connection_.root();
-    const bool scaleChanged =
-        type == XCB_PROPERTY_NOTIFY &&
-        reinterpret_cast<const xcb_property_notify_event_t&>(event).atom ==
-            XCB_ATOM_RESOURCE_MANAGER;
+    const bool scaleChanged = type == XCB_PROPERTY_NOTIFY &&
+                              reinterpret_cast<const xcb_property_notify_event_t&>(event).atom ==
+                                  XCB_ATOM_RESOURCE_MANAGER;
     if (!randrChanged && !rootResized && !scaleChanged) return;
     update();
     for (const auto& handler : changeHandlers_) handler();

@@ -40,8 +40,7 @@ X11Window::X11Window(AsioRunLoop& runLoop, X11Connection& connection, X11Outputs
     refreshClock_.emplace(runLoop_, connection_, window_, [this] {
         if (handlers_.refresh) handlers_.refresh();
     });
-    frame_ = std::make_unique<X11Buffer>(connection_,
-                                         PixelSize{rect_.width, rect_.height});
+    frame_ = std::make_unique<X11Buffer>(connection_, PixelSize{rect_.width, rect_.height});
     compositorChanged();
     connection_.addEventHandler([this](const xcb_generic_event_t& event) { handle(event); });
     connection_.setIdleHandler([this] {
@@ -67,9 +66,8 @@ void X11Window::create() {
     const std::array<std::uint32_t, 5> values{0, 0, 1, XCB_EVENT_MASK_EXPOSURE, colormap_};
     xcb_create_window(c, kDepth, window_, connection_.root(), static_cast<std::int16_t>(rect_.x),
                       static_cast<std::int16_t>(rect_.y), static_cast<std::uint16_t>(rect_.width),
-                      static_cast<std::uint16_t>(rect_.height), 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, connection_.alphaVisual(), mask,
-                      values.data());
+                      static_cast<std::uint16_t>(rect_.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      connection_.alphaVisual(), mask, values.data());
     gc_ = xcb_generate_id(c);
     const std::uint32_t noExposures = 0;
     xcb_create_gc(c, gc_, window_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
@@ -128,7 +126,9 @@ void X11Window::raise() {
     connection_.flush();
 }
 
-void X11Window::setFrameHandlers(FrameHandlers handlers) { handlers_ = std::move(handlers); }
+void X11Window::setFrameHandlers(FrameHandlers handlers) {
+    handlers_ = std::move(handlers);
+}
 
 bool X11Window::readyForFrame() const {
     return !frame_->beingRead() && !(opaque_ && opaque_->beingRead());
@@ -163,7 +163,9 @@ void X11Window::showAll() {
     show(std::span(&whole, 1));
 }
 
-void X11Window::requestRefresh() { refreshClock_->request(); }
+void X11Window::requestRefresh() {
+    refreshClock_->request();
+}
 
 void X11Window::becomeReady() {
     if (readyForFrame() && handlers_.ready) handlers_.ready();
@@ -179,8 +181,8 @@ void X11Window::handle(const xcb_generic_event_t& event) {
         const PixelRect rect{expose.x, expose.y, expose.width, expose.height};
         (composited_ ? frame_ : opaque_)->put(window_, gc_, std::span(&rect, 1));
     }
-    const bool selectionChanged = fixesEvent_ >= 0 &&
-                                  type == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
+    const bool selectionChanged =
+        fixesEvent_ >= 0 && type == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
     if (selectionChanged) compositorChanged();
 }
 
@@ -260,8 +262,8 @@ void X11Window::compositorChanged() {
     // With a compositor the window begins transparent; without one it must not blank what lies
     // below while it is being cut.
     const std::uint32_t background = 0;  // the pixel 0, or no pixmap
-    xcb_change_window_attributes(c, window_,
-                                 composited_ ? XCB_CW_BACK_PIXEL : XCB_CW_BACK_PIXMAP, &background);
+    xcb_change_window_attributes(c, window_, composited_ ? XCB_CW_BACK_PIXEL : XCB_CW_BACK_PIXMAP,
+                                 &background);
     if (anythingShown_) showAll();
     connection_.flush();
 }

@@ -10,8 +10,7 @@ Result<std::unique_ptr<X11WindowServer>> X11WindowServer::connect(AsioRunLoop& r
     if ((*connection)->alphaVisual() == 0) {
         return Error{"the X server offers no visual with an alpha channel"};
     }
-    return std::unique_ptr<X11WindowServer>(
-        new X11WindowServer(runLoop, std::move(*connection)));
+    return std::unique_ptr<X11WindowServer>(new X11WindowServer(runLoop, std::move(*connection)));
 }
 
 X11WindowServer::X11WindowServer(AsioRunLoop& runLoop, std::unique_ptr<X11Connection> connection)

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -28,8 +30,12 @@ OverlayFiles::~OverlayFiles() {
     std::filesystem::remove(settingsFile());
 }
 
-std::string OverlayFiles::pidFile() { return kPrefix + ".pid"; }
-std::string OverlayFiles::settingsFile() { return kPrefix + ".settings.plist"; }
+std::string OverlayFiles::pidFile() {
+    return kPrefix + ".pid";
+}
+std::string OverlayFiles::settingsFile() {
+    return kPrefix + ".settings.plist";
+}
 
 std::optional<std::string> OverlayFiles::contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -67,9 +73,15 @@ void OverlayRig::startServer(const rig::XServerOptions& options) {
     auto display = server_->connect();
     ASSERT_TRUE(display) << display.error().message;
     display_ = std::move(*display);
-    const std::uint32_t colour = kBackground;
-    xcb_change_window_attributes(display_->get(), display_->root(), XCB_CW_BACK_PIXEL, &colour);
-    xcb_clear_area(display_->get(), 0, display_->root(), 0, 0, 0, 0);
+    // A window, for what compositors make of an empty root window is their own affair.
+    constexpr std::uint16_t kLargerThanAnyScreen = 4096;
+    const xcb_window_t background = xcb_generate_id(display_->get());
+    const std::array<std::uint32_t, 2> values{kBackground, 1};
+    xcb_create_window(display_->get(), XCB_COPY_FROM_PARENT, background, display_->root(), 0, 0,
+                      kLargerThanAnyScreen, kLargerThanAnyScreen, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
+                      values.data());
+    xcb_map_window(display_->get(), background);
     ASSERT_TRUE(display_->sync());
 }
 
@@ -85,9 +97,10 @@ void OverlayRig::startOverlay() {
     auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, environment, {}, -1});
     ASSERT_TRUE(overlay) << overlay.error().message;
     overlay_ = std::move(*overlay);
-    ASSERT_TRUE(rig::waitForOverlayWindow(*display_, rig::Deadline(kPatience),
-                                          {overlay_->endDescriptor()}))
+    ASSERT_TRUE(
+        rig::waitForOverlayWindow(*display_, rig::Deadline(kPatience), {overlay_->endDescriptor()}))
         << "the overlay showed no window";
+    captureUntil(isClean, "the background alone, at the start");
 }
 
 void OverlayRig::start(const PropertyDictionary& settings) {

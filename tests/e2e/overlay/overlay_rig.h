@@ -57,8 +57,7 @@ class OverlayRig : public OverlayFiles {
 
     Bitmap capture();
     // Captures until the picture is as wanted; the last one, with a failure, at the deadline.
-    Bitmap captureUntil(const std::function<bool(const Bitmap&)>& wanted,
-                             const char* what);
+    Bitmap captureUntil(const std::function<bool(const Bitmap&)>& wanted, const char* what);
     // All of the screen shows the background.
     static bool isClean(const Bitmap& screen);
     static std::uint32_t at(const Bitmap& screen, int x, int y);

@@ -22,17 +22,16 @@ class Overlay : public OverlayRig {
   protected:
     xcb_window_t makeWindow(PixelRect rect, bool override, std::uint32_t colour = 0xff00aa00) {
         const xcb_window_t window = xcb_generate_id(display().get());
-        const std::array<std::uint32_t, 3> values{
-            colour, override ? 1U : 0U,
-            XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
-                XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-        xcb_create_window(display().get(), XCB_COPY_FROM_PARENT, window, display().root(),
-                          static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
-                          static_cast<std::uint16_t>(rect.width),
-                          static_cast<std::uint16_t>(rect.height), 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                          XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK,
-                          values.data());
+        const std::array<std::uint32_t, 3> values{colour, override ? 1U : 0U,
+                                                  XCB_EVENT_MASK_BUTTON_PRESS |
+                                                      XCB_EVENT_MASK_BUTTON_RELEASE |
+                                                      XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+        xcb_create_window(
+            display().get(), XCB_COPY_FROM_PARENT, window, display().root(),
+            static_cast<std::int16_t>(rect.x), static_cast<std::int16_t>(rect.y),
+            static_cast<std::uint16_t>(rect.width), static_cast<std::uint16_t>(rect.height), 0,
+            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+            XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values.data());
         xcb_map_window(display().get(), window);
         xcb_flush(display().get());
         return window;
@@ -72,9 +71,7 @@ class Overlay : public OverlayRig {
         return captureUntil([=](const Bitmap& s) { return !isBackground(at(s, x, y)); },
                             "a marker");
     }
-    Bitmap untilClean() {
-        return captureUntil(isClean, "the background alone");
-    }
+    Bitmap untilClean() { return captureUntil(isClean, "the background alone"); }
 };
 
 const PropertyDictionary kPlain{{"colorTracking", false}};
@@ -126,23 +123,23 @@ TEST_F(Overlay, ASecondOneReplacesTheFirst) {
     const auto status = first.wait(Deadline(kPatience));
     ASSERT_TRUE(status);
     EXPECT_TRUE(WIFSIGNALED(*status));
-    captureUntil([&](const Bitmap&) { return contents(pidFile()) == std::to_string(overlay().pid()); },
-                 "the second one's id in the file");
+    captureUntil(
+        [&](const Bitmap&) { return contents(pidFile()) == std::to_string(overlay().pid()); },
+        "the second one's id in the file");
 }
 
 TEST_F(Overlay, ItsWindowTakesNoInputAndNoFocusAndIsNotManaged) {
     ASSERT_NO_FATAL_FAILURE(start());
     const xcb_window_t window = overlayWindow();
-    const XcbPointer<xcb_get_window_attributes_reply_t> attributes(
-        xcb_get_window_attributes_reply(
-            display().get(), xcb_get_window_attributes(display().get(), window), nullptr));
+    const XcbPointer<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
+        display().get(), xcb_get_window_attributes(display().get(), window), nullptr));
     EXPECT_TRUE(attributes->override_redirect);
     const XcbPointer<xcb_shape_get_rectangles_reply_t> input(xcb_shape_get_rectangles_reply(
-        display().get(),
-        xcb_shape_get_rectangles(display().get(), window, XCB_SHAPE_SK_INPUT), nullptr));
+        display().get(), xcb_shape_get_rectangles(display().get(), window, XCB_SHAPE_SK_INPUT),
+        nullptr));
     EXPECT_EQ(xcb_shape_get_rectangles_rectangles_length(input.get()), 0);
-    const XcbPointer<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(
-        display().get(), xcb_get_input_focus(display().get()), nullptr));
+    const XcbPointer<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(display().get(), xcb_get_input_focus(display().get()), nullptr));
     EXPECT_NE(focus->focus, window);
 }
 
@@ -204,7 +201,8 @@ TEST_F(Overlay, ATouchShowsAMarkerCentredUnderTheFingerAndALiftTakesItAway) {
                !isBackground(at(s, 400, 300 - 26)) && !isBackground(at(s, 400, 300 + 26));
     };
     const Bitmap full = captureUntil(isFull, "the marker in its full size");
-    for (const auto& [x, y] : {std::pair{400 - 29, 300}, {400 + 29, 300}, {400, 300 - 29}, {400, 300 + 29}}) {
+    for (const auto& [x, y] :
+         {std::pair{400 - 29, 300}, {400 + 29, 300}, {400, 300 - 29}, {400, 300 + 29}}) {
         EXPECT_TRUE(isBackground(at(full, x, y)));
     }
     // Grey 2/3 at 0.55 over the background 20 40 60.
@@ -268,10 +266,14 @@ TEST_F(Overlay, AMovingFingerLeavesATrailThatFades) {
     touch().begin(0, {200, 300});
     for (int x = 210; x <= 600; x += 10) touch().update(0, {static_cast<double>(x), 300});
     captureUntil(
-        [](const Bitmap& s) { return !isBackground(at(s, 600, 300)) && !isBackground(at(s, 400, 300)); },
+        [](const Bitmap& s) {
+            return !isBackground(at(s, 600, 300)) && !isBackground(at(s, 400, 300));
+        },
         "marker and trail");
     captureUntil(
-        [](const Bitmap& s) { return !isBackground(at(s, 600, 300)) && isBackground(at(s, 400, 300)); },
+        [](const Bitmap& s) {
+            return !isBackground(at(s, 600, 300)) && isBackground(at(s, 400, 300));
+        },
         "the marker without its trail");
     touch().end(0);
     untilClean();
@@ -279,7 +281,9 @@ TEST_F(Overlay, AMovingFingerLeavesATrailThatFades) {
 
 TEST_F(Overlay, AReloadChangesTheNextMarker) {
     ASSERT_NO_FATAL_FAILURE(start(kPlain));
-    writeSettings({{"colorTracking", false}, {"colorSize", 140.0}, {"colorAlpha", 1.0},
+    writeSettings({{"colorTracking", false},
+                   {"colorSize", 140.0},
+                   {"colorAlpha", 1.0},
                    {"fillColor", PropertyArray{1.0, 0.0, 0.0, 1.0}}});
     postNotification(SKAVLO_RUN_DIRECTORY "/notify", "com.oxbrel.skavlo.reload");
     // Whether the reload has been seen shows only with a touch: try until it has.
@@ -398,8 +402,9 @@ TEST_F(Overlay, TakesItsScaleFromTheFontResolution) {
     ASSERT_NO_FATAL_FAILURE(startCompositor());
     ASSERT_NO_FATAL_FAILURE(startOverlay());
     touch().begin(0, {400, 300});
-    const Bitmap screen = captureUntil(
-        [](const Bitmap& s) { return !isBackground(at(s, 400 - 53, 300)); }, "a marker twice as wide");
+    const Bitmap screen =
+        captureUntil([](const Bitmap& s) { return !isBackground(at(s, 400 - 53, 300)); },
+                     "a marker twice as wide");
     EXPECT_TRUE(isBackground(at(screen, 400 - 57, 300)));
     touch().end(0);
     untilClean();
@@ -419,7 +424,9 @@ TEST_F(Overlay, OnAMachineWithoutATouchscreenThePointersButtonIsAContact) {
     untilMarkerAt(500, 200);
     fake(XCB_MOTION_NOTIFY, 0, 700, 400);
     captureUntil(
-        [](const Bitmap& s) { return isBackground(at(s, 500, 200)) && !isBackground(at(s, 700, 400)); },
+        [](const Bitmap& s) {
+            return isBackground(at(s, 500, 200)) && !isBackground(at(s, 700, 400));
+        },
         "the marker following the pointer");
     fake(XCB_BUTTON_RELEASE, 1, 0, 0);
     untilClean();

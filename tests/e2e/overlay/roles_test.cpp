@@ -71,7 +71,9 @@ TEST_F(ExecutableRoles, CheckSaysZeroForAStaleId) {
     EXPECT_EQ(statusOf("-check"), 0);
 }
 
-TEST_F(ExecutableRoles, CheckSaysZeroWithoutAFile) { EXPECT_EQ(statusOf("-check"), 0); }
+TEST_F(ExecutableRoles, CheckSaysZeroWithoutAFile) {
+    EXPECT_EQ(statusOf("-check"), 0);
+}
 
 TEST_F(ExecutableRoles, CheckSaysOneForZeroNothingAndText) {
     for (const char* contents : {"0", "", "abc"}) {
@@ -153,7 +155,9 @@ TEST_F(ExecutableRoles, ExitRemovesTheFileOfAStaleOrHugeId) {
     }
 }
 
-TEST_F(ExecutableRoles, ExitWithoutAFileDoesNothing) { EXPECT_EQ(statusOf("-exit"), 0); }
+TEST_F(ExecutableRoles, ExitWithoutAFileDoesNothing) {
+    EXPECT_EQ(statusOf("-exit"), 0);
+}
 
 TEST_F(ExecutableRoles, ExitLeavesAFileThatCannotBeRead) {
     std::filesystem::create_directory(pidFile());
@@ -167,7 +171,8 @@ TEST_F(ExecutableRoles, ExitLeavesAFileThatCannotBeRead) {
 TEST_F(ExecutableRoles, AnyOtherFirstArgumentIsTheSettingsApplication) {
     Sleeper sleeper;
     const int settings = statusOf("");
-    for (const char* role : {"-HUD", "-hud ", "-hudx", "--hud", "-Check", "-check1", "-EXIT", "x"}) {
+    for (const char* role :
+         {"-HUD", "-hud ", "-hudx", "--hud", "-Check", "-check1", "-EXIT", "x"}) {
         write(pidFile(), std::to_string(sleeper.pid()));
         EXPECT_EQ(statusOf(role), settings) << role;
         EXPECT_TRUE(pidFileExists()) << role;

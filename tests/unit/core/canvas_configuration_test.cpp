@@ -78,20 +78,16 @@ TEST_F(CanvasConfiguration, TheWritersDefaultsAreReadAtSinglePrecision) {
 TEST_F(CanvasConfiguration, EveryKeyReachesItsProperty) {
     const PropertyArray red{1, 0, 0, 1};
     const PropertyArray blue{0.0, 0.0, 1.0, 0.5};
-    writeSettings({{"singleFingerMode", true},  {"displayMode", 2},
-                   {"fillColor", red},          {"borderColor", blue},
-                   {"colorAlpha", 0.25},        {"colorSize", 100},
-                   {"colorBorderWidth", 1.5},   {"colorLiftScale", 3.5},
-                   {"colorAnimDuration", 4.0},  {"colorTracking", false},
-                   {"imageAlpha", 0.125},       {"imageSize", 64.0},
-                   {"imageLiftScale", 0.5},     {"imageAnimDuration", 2.0},
-                   {"imageTracking", 0},        {"emojiString", "触"},
-                   {"emojiAlpha", 0.75},        {"emojiSize", 32.0},
-                   {"emojiLiftScale", 1.25},    {"emojiAnimDuration", 8.0},
-                   {"emojiTracking", false},    {"emojiShowBorder", 1},
-                   {"emojiBorderAlpha", 0.375}, {"emojiFillAlpha", 0.625},
-                   {"emojiBorderWidth", 7.5},   {"emojiFillColor", blue},
-                   {"emojiBorderColor", red}});
+    writeSettings(
+        {{"singleFingerMode", true}, {"displayMode", 2},          {"fillColor", red},
+         {"borderColor", blue},      {"colorAlpha", 0.25},        {"colorSize", 100},
+         {"colorBorderWidth", 1.5},  {"colorLiftScale", 3.5},     {"colorAnimDuration", 4.0},
+         {"colorTracking", false},   {"imageAlpha", 0.125},       {"imageSize", 64.0},
+         {"imageLiftScale", 0.5},    {"imageAnimDuration", 2.0},  {"imageTracking", 0},
+         {"emojiString", "触"},      {"emojiAlpha", 0.75},        {"emojiSize", 32.0},
+         {"emojiLiftScale", 1.25},   {"emojiAnimDuration", 8.0},  {"emojiTracking", false},
+         {"emojiShowBorder", 1},     {"emojiBorderAlpha", 0.375}, {"emojiFillAlpha", 0.625},
+         {"emojiBorderWidth", 7.5},  {"emojiFillColor", blue},    {"emojiBorderColor", red}});
     launch();
     const auto& c = canvas();
     EXPECT_TRUE(c.skv_singleFingerMode);
@@ -281,8 +277,8 @@ TEST_F(CustomImage, ShowsAStarWithoutOne) {
     const auto sprite = std::get<PictureLook>(look.shape).sprite;
     ASSERT_NE(sprite, nullptr);
     const Bitmap& star = *sprite->levels()[0];
-    const auto middle = static_cast<std::size_t>(star.size.height / 2 * star.size.width +
-                                                 star.size.width / 2);
+    const auto middle =
+        static_cast<std::size_t>(star.size.height / 2 * star.size.width + star.size.width / 2);
     EXPECT_EQ(star.pixels[middle], 0xffffcc00U);
 }
 

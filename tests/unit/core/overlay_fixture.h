@@ -36,9 +36,9 @@ class HeldRasterizer final : public Rasterizer {
     void answer(bool withPicture = true) {
         const Request request = std::move(requests.at(answered++));
         const auto count = static_cast<std::size_t>(request.box) * request.box;
-        request.completion(withPicture ? std::make_shared<Bitmap>(Bitmap{
-                                             {request.box, request.box},
-                                             std::vector<std::uint32_t>(count, 0xff0000ffU)})
+        request.completion(withPicture ? std::make_shared<Bitmap>(
+                                             Bitmap{{request.box, request.box},
+                                                    std::vector<std::uint32_t>(count, 0xff0000ffU)})
                                        : nullptr);
     }
 

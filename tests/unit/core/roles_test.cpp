@@ -135,8 +135,7 @@ class RecordingSystem final : public OverlaySystem {
       private:
         std::vector<std::string>& log_;
     };
-    std::unique_ptr<LoggedNotifications> center =
-        std::make_unique<LoggedNotifications>(loop, log_);
+    std::unique_ptr<LoggedNotifications> center = std::make_unique<LoggedNotifications>(loop, log_);
     bool windowServer = true;
     bool accessible = false;
     bool hidWorks = true;
@@ -277,7 +276,8 @@ TEST_F(Roles, WithoutAFileNothingIsProbedKilledOrRemoved) {
 }
 
 TEST_F(Roles, AFileThatIsNotUtf8CountsAsAbsent) {
-    for (const char* contents : {"12\xff", "\xc0\xb1", "7\xed\xa0\x80", "5\xf5\x80\x80\x80", "9\xe2\x82"}) {
+    for (const char* contents :
+         {"12\xff", "\xc0\xb1", "7\xed\xa0\x80", "5\xf5\x80\x80\x80", "9\xe2\x82"}) {
         files.files.writeAtomically(pidFile, contents);
         EXPECT_EQ(check(files, process, directory), 0);
         EXPECT_EQ(exitOverlay(files, process, directory), 0);

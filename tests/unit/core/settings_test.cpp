@@ -39,19 +39,17 @@ TEST_P(LooseString, IsScanned) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, LooseString,
-    testing::Values(LooseCase{"", 0, 0, false}, LooseCase{"abc", 0, 0, false},
-                    LooseCase{"0x10", 0, 0, false}, LooseCase{" 12", 12, 12, true},
-                    LooseCase{"12abc", 12, 12, true}, LooseCase{"-5", -5, -5, true},
-                    LooseCase{"+7", 7, 7, true}, LooseCase{"\t3", 3, 3, true},
-                    LooseCase{"1e3", 1, 1000, true}, LooseCase{"YES", 0, 0, true},
-                    LooseCase{"true", 0, 0, true}, LooseCase{"Y", 0, 0, true},
-                    LooseCase{"t", 0, 0, true}, LooseCase{"NO", 0, 0, false},
-                    LooseCase{"-0007", -7, -7, true}, LooseCase{"000", 0, 0, false},
-                    LooseCase{"nan", 0, 0, false}, LooseCase{"inf", 0, 0, false},
-                    LooseCase{".5", 0, 0.5F, false}, LooseCase{"-", 0, 0, false},
-                    LooseCase{"99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
-                    LooseCase{"-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F,
-                              true}));
+    testing::Values(
+        LooseCase{"", 0, 0, false}, LooseCase{"abc", 0, 0, false}, LooseCase{"0x10", 0, 0, false},
+        LooseCase{" 12", 12, 12, true}, LooseCase{"12abc", 12, 12, true},
+        LooseCase{"-5", -5, -5, true}, LooseCase{"+7", 7, 7, true}, LooseCase{"\t3", 3, 3, true},
+        LooseCase{"1e3", 1, 1000, true}, LooseCase{"YES", 0, 0, true},
+        LooseCase{"true", 0, 0, true}, LooseCase{"Y", 0, 0, true}, LooseCase{"t", 0, 0, true},
+        LooseCase{"NO", 0, 0, false}, LooseCase{"-0007", -7, -7, true},
+        LooseCase{"000", 0, 0, false}, LooseCase{"nan", 0, 0, false}, LooseCase{"inf", 0, 0, false},
+        LooseCase{".5", 0, 0.5F, false}, LooseCase{"-", 0, 0, false},
+        LooseCase{"99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
+        LooseCase{"-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F, true}));
 
 TEST(LooseValue, RealsTruncateTowardZeroAndSaturate) {
     const auto asInteger = [](double real) {
@@ -105,7 +103,8 @@ class PropertyListFile : public testing::Test {
         const std::string command =
             "python3 -c 'import plistlib,sys\n"
             "d=plistlib.load(open(sys.argv[1],\"rb\"))\n"
-            "for k in sorted(d): print(k,type(d[k]).__name__,repr(d[k]))' " + path;
+            "for k in sorted(d): print(k,type(d[k]).__name__,repr(d[k]))' " +
+            path;
         FILE* pipe = popen(command.c_str(), "r");
         std::string output;
         for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
@@ -123,24 +122,30 @@ TEST_F(PropertyListFile, TheDefaultsSurviveWritingAndReading) {
 }
 
 TEST_F(PropertyListFile, IsReadByAnotherReader) {
-    const std::string seen = readByPython(
-        lists.serialize({{"a", true}, {"b", 0}, {"c", 0.55}, {"d", static_cast<double>(0.6F)},
-                         {"e", "🍎 <&>"}, {"f", PropertyArray{0.66, 1.0}}, {"g", -3}}));
+    const std::string seen = readByPython(lists.serialize({{"a", true},
+                                                           {"b", 0},
+                                                           {"c", 0.55},
+                                                           {"d", static_cast<double>(0.6F)},
+                                                           {"e", "🍎 <&>"},
+                                                           {"f", PropertyArray{0.66, 1.0}},
+                                                           {"g", -3}}));
     EXPECT_EQ(seen,
               "a bool True\nb int 0\nc float 0.55\nd float 0.6000000238418579\n"
               "e str '🍎 <&>'\nf list [0.66, 1.0]\ng int -3\n");
 }
 
 TEST_F(PropertyListFile, RealsHaveSeventeenDigits) {
-    const std::string xml = lists.serialize({{"a", static_cast<double>(0.6F)}, {"b", 0.55}, {"c", 0.0}});
+    const std::string xml =
+        lists.serialize({{"a", static_cast<double>(0.6F)}, {"b", 0.55}, {"c", 0.0}});
     EXPECT_NE(xml.find("<real>0.60000002384185791</real>"), std::string::npos) << xml;
     EXPECT_NE(xml.find("<real>0.55000000000000004</real>"), std::string::npos) << xml;
     EXPECT_NE(xml.find("<real>0.0</real>"), std::string::npos) << xml;
 }
 
 TEST_F(PropertyListFile, GarbageIsNoPropertyList) {
-    for (const char* bytes : {"", "garbage", "<plist>", "<plist><array/></plist>", "bplist00",
-                              "bplist00\xff\xff\xff\xff\xff\xff\xff\xff", "<plist><dict><key>a</key>"}) {
+    for (const char* bytes :
+         {"", "garbage", "<plist>", "<plist><array/></plist>", "bplist00",
+          "bplist00\xff\xff\xff\xff\xff\xff\xff\xff", "<plist><dict><key>a</key>"}) {
         EXPECT_FALSE(lists.parse(bytes)) << bytes;
     }
 }
@@ -171,7 +176,9 @@ TEST_F(PropertyListFile, NestingInABinaryFileCannotExhaustTheStack) {
     dictionary += big(1);
     dictionary += big(2);
     object(dictionary);
-    object("\x51" "a");
+    object(
+        "\x51"
+        "a");
     for (int i = 0; i < kArrays; ++i) {
         std::string array("\xa1");
         array += big(static_cast<unsigned>(i + 3));

@@ -38,8 +38,8 @@ TEST_P(CircleAccuracy, EdgesAreWithinTwoLevelsAndTheRestWithinOne) {
     const int side = int(std::ceil(diameter)) + 6;
     double worst = 0;
     for (const auto& [dx, dy] : {std::pair{0.0, 0.0}, {0.5, 0.5}, {0.25, 0.6}, {0.83, 0.07}}) {
-        const Instance instance{float(side / 2 + dx), float(side / 2 + dy),
-                                float(GetParam().scale), 1};
+        const Instance instance{float(side / 2 + dx), float(side / 2 + dy), float(GetParam().scale),
+                                1};
         Bitmap drawn = reference::blank({side, side});
         drawCircles(reference::targetOf(drawn), {0, 0, side, side}, style, {&instance, 1});
         const auto expected = reference::circle(drawn.size, style, instance);

@@ -36,11 +36,10 @@ Look circle(const char* name, const CircleStyle& style) {
 
 Look picture(const char* name, int texels) {
     const auto sprite = std::make_shared<Sprite>(starBitmap(texels), 40);
-    return {name,
-            [sprite](auto& target, auto& clip, auto all) {
-                drawSprites(target, clip, *sprite, all);
-            },
-            [sprite](auto& i) { return spriteBounds(*sprite, i); }};
+    return {
+        name,
+        [sprite](auto& target, auto& clip, auto all) { drawSprites(target, clip, *sprite, all); },
+        [sprite](auto& i) { return spriteBounds(*sprite, i); }};
 }
 
 std::vector<Look> looks() {
@@ -93,8 +92,7 @@ class LookTest : public testing::TestWithParam<Look> {
         for (int y = 0; y < kSize.height; ++y) {
             for (int x = 0; x < kSize.width; ++x) {
                 const auto at = std::size_t(y * kSize.width + x);
-                const bool in =
-                    x >= clip.x && x < clip.right() && y >= clip.y && y < clip.bottom();
+                const bool in = x >= clip.x && x < clip.right() && y >= clip.y && y < clip.bottom();
                 if (found.pixels[at] != (in ? inside : outside).pixels[at]) ++wrong;
             }
         }
@@ -106,8 +104,12 @@ TEST_P(LookTest, DrawsTheSamePixelsWithinAClip) {
     const auto all = scattered();
     const Bitmap whole = drawn(all);
     ASSERT_NE(whole.pixels, noise().pixels);
-    for (const PixelRect clip : {PixelRect{17, 13, 41, 29}, {40, 0, 1, 80}, {0, 33, 96, 1},
-                                 {-5, -9, 50, 40}, {60, 50, 500, 500}, {90, 3, 5, 70}}) {
+    for (const PixelRect clip : {PixelRect{17, 13, 41, 29},
+                                 {40, 0, 1, 80},
+                                 {0, 33, 96, 1},
+                                 {-5, -9, 50, 40},
+                                 {60, 50, 500, 500},
+                                 {90, 3, 5, 70}}) {
         Bitmap bitmap = noise();
         draw(bitmap, clip, all);
         expectClipped(bitmap, clip, whole, noise());
@@ -167,9 +169,9 @@ TEST_P(LookTest, DrawsTwiceTheSame) {
 TEST_P(LookTest, LeavesInvisibleInstancesOut) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
-    const Instance odd[] = {{40, 40, 0, 1},        {40, 40, -1, 1},      {40, 40, 1, 0},
-                            {40, 40, 1, -1},       {nan, 40, 1, 1},      {40, nan, 1, 1},
-                            {40, 40, nan, 1},      {40, 40, 1, nan},     {infinity, 40, 1, 1},
+    const Instance odd[] = {{40, 40, 0, 1},        {40, 40, -1, 1},       {40, 40, 1, 0},
+                            {40, 40, 1, -1},       {nan, 40, 1, 1},       {40, nan, 1, 1},
+                            {40, 40, nan, 1},      {40, 40, 1, nan},      {infinity, 40, 1, 1},
                             {40, -infinity, 1, 1}, {40, 40, infinity, 1}, {40, 40, 1, infinity},
                             {40, 40, 0.01F, 1},    {40, 40, 1, 0.003F}};
     for (const Instance& instance : odd) {
@@ -183,8 +185,11 @@ TEST_P(LookTest, BearsHugeNumbers) {
     const Instance far[] = {{huge, 40, 1, 1}, {40, -huge, 1, 1}, {-huge, -huge, 1, 1}};
     EXPECT_EQ(drawn(far).pixels, noise().pixels);
     const float most = std::numeric_limits<float>::max();
-    const Instance large[] = {{40, 40, huge, 0.5F}, {huge, huge, huge, 1}, {40, 40, most, 1},
-                              {most, most, most, 1}, {40, 40, 5e4F, 2}};
+    const Instance large[] = {{40, 40, huge, 0.5F},
+                              {huge, huge, huge, 1},
+                              {40, 40, most, 1},
+                              {most, most, most, 1},
+                              {40, 40, 5e4F, 2}};
     for (const Instance& instance : large) {
         const PixelRect bounds = GetParam().bounds(instance);
         EXPECT_FALSE(bounds.empty());

@@ -62,9 +62,8 @@ using Mask = std::vector<float>;
 Mask drawMask(PixelSize size, const std::function<void(cairo_t*)>& path) {
     const int fineness = finenessFor(size);
     const PixelSize fineSize{size.width * fineness, size.height * fineness};
-    const Surface fine{
-        cairo_image_surface_create(CAIRO_FORMAT_A8, fineSize.width, fineSize.height),
-        cairo_surface_destroy};
+    const Surface fine{cairo_image_surface_create(CAIRO_FORMAT_A8, fineSize.width, fineSize.height),
+                       cairo_surface_destroy};
     const Context cr(cairo_create(fine.get()), cairo_destroy);
     cairo_scale(cr.get(), fineness, fineness);
     cairo_set_tolerance(cr.get(), 0.01);
@@ -95,8 +94,8 @@ void composeLook(Picture& picture, const CircleStyle& style, const Mask& disc, c
     const std::size_t width = std::size_t(picture.size.width * fineness);
     for (std::size_t i = 0; i < disc.size(); ++i) {
         if (!(disc[i] > 0)) continue;
-        auto& sum = picture.pixels[picture.index(int(i % width) / fineness,
-                                                 int(i / width) / fineness)];
+        auto& sum =
+            picture.pixels[picture.index(int(i % width) / fineness, int(i / width) / fineness)];
         const double ringCover = ring.empty() ? 0 : double{ring[i]};
         for (std::size_t c = 0; c < 4; ++c) {
             const double below = fill[c] * double{disc[i]};
@@ -194,8 +193,7 @@ Picture circle(PixelSize size, const CircleStyle& style, const Instance& instanc
             cairo_arc_negative(cr, instance.x, instance.y, inner, 0, -2 * std::numbers::pi);
         });
         if (inner > 0) {
-            markPartial(picture,
-                        drawMask(size, [&](cairo_t* cr) { disc(cr, instance, inner); }));
+            markPartial(picture, drawMask(size, [&](cairo_t* cr) { disc(cr, instance, inner); }));
         }
     }
     composeLook(picture, style, whole, ring);
@@ -206,12 +204,13 @@ Picture circle(PixelSize size, const CircleStyle& style, const Instance& instanc
 Picture sprite(PixelSize size, const Bitmap& source, double side, const Instance& instance,
                double edgeStep) {
     const Surface surface = surfaceOf(source);
-    Picture picture{size, drawFinely(size,
-                                     [&](cairo_t* cr) {
-                                         setSource(cr, surface.get(), source.size.width, side,
-                                                   instance, CAIRO_FILTER_NEAREST);
-                                         cairo_paint(cr);
-                                     }),
+    Picture picture{size,
+                    drawFinely(size,
+                               [&](cairo_t* cr) {
+                                   setSource(cr, surface.get(), source.size.width, side, instance,
+                                             CAIRO_FILTER_NEAREST);
+                                   cairo_paint(cr);
+                               }),
                     std::vector<bool>(std::size_t(size.width) * std::size_t(size.height))};
     fade(picture.pixels, instance.opacity);
     markSteps(picture, edgeStep);

@@ -28,8 +28,7 @@ Picture sprite(PixelSize size, const Bitmap& picture, double side, const Instanc
                double edgeStep);
 
 // The same drawn by Cairo at the resolution itself, with its bilinear filter.
-Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side,
-                      const Instance& instance);
+Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side, const Instance& instance);
 
 struct Difference {
     double edgeMean = 0;   // levels, over edge pixels and channels

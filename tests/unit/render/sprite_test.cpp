@@ -37,7 +37,9 @@ Bitmap hardPicture(int side) {
             const bool field = (x * 8 / side + y * 8 / side) % 2 == 0;
             const bool triangle = std::abs(x - side / 2) < y / 2;
             picture.pixels[std::size_t(y) * std::size_t(side) + std::size_t(x)] =
-                triangle ? 0xFF2040F0 : field ? 0xFFFFFFFF : 0;
+                triangle ? 0xFF2040F0
+                : field  ? 0xFFFFFFFF
+                         : 0;
         }
     }
     return picture;
@@ -67,12 +69,11 @@ Error worstEdge(const Shown& shown) {
     const int room = int(std::ceil(shown.side * double{shown.scale})) + 6;
     Error worst;
     for (const Place& place : kPlaces) {
-        const Instance instance{float(room / 2 + place.dx), float(room / 2 + place.dy),
-                                shown.scale, shown.opacity};
+        const Instance instance{float(room / 2 + place.dx), float(room / 2 + place.dy), shown.scale,
+                                shown.opacity};
         Bitmap drawn = reference::blank({room, room});
         drawSprites(reference::targetOf(drawn), {0, 0, room, room}, sprite, {&instance, 1});
-        const auto expected =
-            reference::sprite(drawn.size, shown.picture, shown.side, instance, 2);
+        const auto expected = reference::sprite(drawn.size, shown.picture, shown.side, instance, 2);
         const auto found = reference::difference(expected, drawn);
         EXPECT_GT(found.edgePixels, 0);
         EXPECT_LE(found.otherMost, 2.0) << "centre +" << place.dx << ", +" << place.dy;

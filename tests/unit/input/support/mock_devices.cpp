@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 namespace skavlo::test {
@@ -106,9 +107,10 @@ MockDevice::MockDevice(MockBed& bed, MockDescription description)
     }
     constexpr unsigned kTerminalMajor = 136;
     constexpr unsigned kInputMajor = 13;
+    const int master = umockdev_testbed_get_dev_fd(bed_.get(), node_.c_str());
     unsigned terminal = 0;
-    if (ioctl(umockdev_testbed_get_dev_fd(bed_.get(), node_.c_str()), TIOCGPTN, &terminal) != 0)
-        std::abort();
+    terminal_ = ioctl(master, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (terminal_ < 0 || ioctl(master, TIOCGPTN, &terminal) != 0) std::abort();
     terminals()[makedev(kTerminalMajor, terminal)] =
         makedev(kInputMajor, static_cast<unsigned>(64 + description_.number));
 }
@@ -118,6 +120,7 @@ MockDevice::~MockDevice() {
     umockdev_testbed_remove_device(bed_.get(), path_.c_str());
     umockdev_testbed_detach_ioctl(bed_.get(), node_.c_str(), nullptr);
     g_object_unref(handler_);
+    close(terminal_);
 }
 
 bool MockDevice::wasOpened() {
@@ -142,12 +145,26 @@ MachTime MockDevice::sync() {
         event.input_event_sec = now.tv_sec;
         event.input_event_usec = microseconds;
     }
-    const int fd = umockdev_testbed_get_dev_fd(bed_.get(), node_.c_str());
-    const std::size_t size = frame_.size() * sizeof(input_event);
-    if (write(fd, frame_.data(), size) != static_cast<ssize_t>(size)) std::abort();
-    frame_.clear();
+    writeFrame();
     return static_cast<MachTime>(now.tv_sec) * kNanosecondsPerSecond +
            static_cast<MachTime>(microseconds) * 1000;
+}
+
+// The kernel hands out whole events only. The terminal that stands in for it passes bytes on piece
+// by piece, so nobody reads before all have arrived.
+void MockDevice::writeFrame() {
+    const std::size_t size = frame_.size() * sizeof(input_event);
+    const int unread = readable() + static_cast<int>(size);
+    const int fd = umockdev_testbed_get_dev_fd(bed_.get(), node_.c_str());
+    if (write(fd, frame_.data(), size) != static_cast<ssize_t>(size)) std::abort();
+    while (readable() < unread) std::this_thread::yield();
+    frame_.clear();
+}
+
+int MockDevice::readable() const {
+    int bytes = 0;
+    if (ioctl(terminal_, FIONREAD, &bytes) != 0) std::abort();
+    return bytes;
 }
 
 void MockDevice::down(int slot, int x, int y) {

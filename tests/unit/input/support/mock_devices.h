@@ -71,6 +71,8 @@ class MockDevice {
         int y = 0;
     };
 
+    void writeFrame();
+    [[nodiscard]] int readable() const;
     bool fill(unsigned number, std::vector<std::uint8_t>& data);
     void fillBits(int type, std::vector<std::uint8_t>& bits) const;
     void fillSlots(std::vector<std::uint8_t>& data) const;
@@ -80,6 +82,7 @@ class MockDevice {
     std::string node_;
     std::string path_;
     UMockdevIoctlBase* handler_ = nullptr;
+    int terminal_ = -1;  // what libinput reads
     std::vector<input_event> frame_;
     int nextTrackingId_ = 1;
     std::mutex mutex_;  // ioctls are answered on the bed's own thread

@@ -1,0 +1,2 @@
+/* What any process costs. */
+int main(void) { return 0; }
