@@ -104,7 +104,7 @@ std::string ReplayTest::pictureAt(const std::string& milliseconds, const std::st
     const Outcome result = replay(arguments, environment);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.errors, "");
-    const std::string bytes = read(file);
+    std::string bytes = read(file);
     std::filesystem::remove(file);
     return bytes;
 }
