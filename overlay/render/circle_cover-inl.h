@@ -31,7 +31,7 @@ struct TangentConstants {
     VI steps;
     VU16 mostHalf, middle;
     HWY_INLINE TangentConstants()
-        : steps(hn::ShiftLeft<kPixelBits>(hn::Iota(kInts, 0))),
+        : steps(hn::ShiftLeft<kPixelBits>(hn::ConvertTo(kInts, laneNumbers()))),
           mostHalf(hn::Set(kHalves, std::uint16_t{0x7FFF})),
           middle(hn::Set(kHalves, std::uint16_t{0x8000})) {}
 };
@@ -113,7 +113,7 @@ class FloatRow {
   public:
     using Place = VF;
     explicit HWY_INLINE FloatRow(const CircleRows& rows)
-        : firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))) {}
+        : firstCentre_(hn::Sub(laneNumbers(), hn::Set(kFloats, rows.circle.x - 0.5F))) {}
     HWY_INLINE Place placeOf(int x) const {
         return hn::Add(firstCentre_, hn::Set(kFloats, float(x)));
     }

@@ -145,7 +145,7 @@ class CircleRows {
   private:
     // Of the rows' centres below the circle's.
     HWY_INLINE VF heights(int row) const {
-        return hn::Sub(hn::Iota(kFloats, float(firstRow + row) + 0.5F), hn::Set(kFloats, circle.y));
+        return hn::Add(laneNumbers(), hn::Set(kFloats, float(firstRow + row) + 0.5F - circle.y));
     }
 
     // A column, held to the clip before it becomes an integer.
@@ -337,7 +337,8 @@ class CircleRows {
         const VF step = hn::Set(kFloats, 1.0F / kLinesPerRow);
         const float first = float(firstRow) + 0.5F / kLinesPerRow - circle.y;
         for (int line = 0; line < count * kLinesPerRow; line += kLanes) {
-            const VF dy = hn::MulAdd(hn::Iota(kFloats, float(line)), step, hn::Set(kFloats, first));
+            const VF dy = hn::MulAdd(hn::Add(laneNumbers(), hn::Set(kFloats, float(line))), step,
+                                     hn::Set(kFloats, first));
             const VF half = hn::Sqrt(hn::ZeroIfNegative(hn::NegMulAdd(dy, dy, square)));
             hn::Store(half, kFloats, halfChords + line);
         }
