@@ -148,11 +148,18 @@ class CircleRows {
         return hn::Add(laneNumbers(), hn::Set(kFloats, float(firstRow + row) + 0.5F - circle.y));
     }
 
+    // Of numbers less than 2^22, for which it takes fewer steps than a conversion.
+    static HWY_INLINE VI rounded(VF v) {
+        constexpr float kMagic = 12582912;  // 1.5 times 2^23: its last place is 1
+        const VF magic = hn::Set(kFloats, kMagic);
+        return hn::Sub(hn::BitCast(kInts, hn::Add(v, magic)), hn::BitCast(kInts, magic));
+    }
+
     // A column, held to the clip before it becomes an integer.
     HWY_INLINE VI column(VF x) const {
         const VF held = hn::Max(hn::Min(x, hn::Set(kFloats, float(clip.right()))),
                                 hn::Set(kFloats, float(clip.x)));
-        return hn::ConvertTo(kInts, held);
+        return rounded(held);
     }
 
     // First and last pixel centre no further than `half` from the middle, the last exclusive.
@@ -184,7 +191,7 @@ class CircleRows {
     };
 
     static HWY_INLINE VI units(VF pixels) {
-        return hn::ConvertTo(kInts, hn::Mul(pixels, hn::Set(kFloats, kUnitsPerPixel)));
+        return rounded(hn::Mul(pixels, hn::Set(kFloats, kUnitsPerPixel)));
     }
 
     // Over the height of a row the edge of a disc is about a straight line: it runs w = dy / h
@@ -207,7 +214,7 @@ class CircleRows {
         const VF sum = hn::Mul(half, hn::Add(m, n));
         edge.solid = hn::Sub(mean, sum);
         edge.clear = hn::Add(mean, sum);
-        edge.reach = units(mean);
+        edge.reach = hn::ConvertTo(kInts, hn::Mul(mean, hn::Set(kFloats, kUnitsPerPixel)));
         edge.sum = units(sum);
         edge.diff = units(hn::Mul(half, hn::Sub(m, n)));
         bends(edge, m);
@@ -218,17 +225,16 @@ class CircleRows {
     // trifle too weak, so that rounding never keeps a covered pixel from being wholly covered.
     static HWY_INLINE void bends(RowEdge& edge, VF m) {
         const VF inverse = hn::Div(hn::Set(kFloats, 1.0F), m);
-        edge.slope = hn::ConvertTo(kInts, hn::Mul(inverse, hn::Set(kFloats, 65535.0F)));
+        edge.slope = rounded(hn::Mul(inverse, hn::Set(kFloats, 65535.0F)));
         const VF n = hn::ConvertTo(kFloats, hn::Sub(edge.sum, edge.diff));
         const VI exponent = hn::ShiftRight<23>(hn::BitCast(kInts, n));
         const VI power = hn::ShiftLeft<23>(hn::Sub(hn::Set(kInts, 15 + 127 + 127), exponent));
-        edge.power = hn::ConvertTo(kInts, hn::BitCast(kFloats, power));
+        edge.power = rounded(hn::BitCast(kFloats, power));
         const VF most = hn::Mul(n, hn::BitCast(kFloats, power));
         const VF bend =
             hn::MulSub(hn::Mul(n, inverse), hn::Set(kFloats, 0.5F), hn::Set(kFloats, 4.0F));
         const VF full = hn::Set(kFloats, 65536.0F * 65536.0F);
-        edge.bend = hn::ConvertTo(
-            kInts, hn::Div(hn::Mul(hn::ZeroIfNegative(bend), full), hn::Mul(most, most)));
+        edge.bend = rounded(hn::Div(hn::Mul(hn::ZeroIfNegative(bend), full), hn::Mul(most, most)));
     }
 
     HWY_INLINE void storeEdges(int row, const RowEdge& whole, const RowEdge& inside, Mask missed) {
