@@ -91,6 +91,11 @@ class CircleRows {
         return beside ? firstRow : held(std::ceil(bottom));
     }
 
+    // A column that no vector begins behind; the edges of the clip count as well.
+    [[nodiscard]] HWY_INLINE int rightmost() const {
+        return int(std::min(circle.x + circle.radius, float(clip.right()))) + 1;
+    }
+
     [[nodiscard]] HWY_INLINE int runs() const { return wideRim ? kMostRuns : 1; }
 
     [[nodiscard]] HWY_INLINE bool hasInner() const { return circle.innerRadius > 0; }
@@ -328,11 +333,16 @@ class CircleRows {
         return hn::Add(x, pixelsOf(vectors));
     }
 
-    // Returns where the run ends: whole vectors before `next`, so that the last one is filled.
+    // Returns where the run ends. Where that spares a vector of edges behind it, that is whole
+    // vectors before `next`, the last vector of the run being filled in part; else it is filled.
     HWY_INLINE VI layRun(int index, int row, VI x, const Run& run) {
         const VI from = layEdges(index, row, x, run.begin);
-        const VI rest = pixelsOf(vectorsFor(hn::Sub(run.next, run.end)));
-        const VI to = hn::Max(hn::Sub(run.next, rest), from);
+        const VI rest = vectorsFor(hn::Sub(run.next, run.end));
+        const VI whole = hn::Add(from, hn::And(hn::Max(hn::Sub(run.end, from), hn::Zero(kInts)),
+                                               hn::Set(kInts, -kLanes)));
+        const auto more = hn::Gt(vectorsFor(hn::Sub(run.next, whole)), rest);
+        const VI filled = hn::Max(hn::Sub(run.next, pixelsOf(rest)), from);
+        const VI to = hn::IfThenElse(more, filled, whole);
         hn::Store(from, kInts, runBegin[index] + row);
         hn::Store(to, kInts, runEnd[index] + row);
         return to;

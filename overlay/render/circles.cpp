@@ -25,8 +25,7 @@ namespace {
 
 // Eight pixels that an edge may cross.
 struct EdgeUnit {
-    std::uint32_t* at;
-    std::int32_t place;  // of the first pixel's middle, from the circle's, in 1/8192 pixels
+    std::int32_t x;
     std::int32_t row;
 };
 
@@ -79,62 +78,67 @@ struct Canvas {
     }
 };
 
-HWY_INLINE void drawUnit(const EdgeUnit& unit, const Canvas& canvas) {
+HWY_INLINE void drawUnit(const EdgeUnit& unit, std::uint32_t* at, std::int32_t origin,
+                         const Canvas& canvas) {
     VU16 outer, inner;
-    TangentRow(canvas.rows, unit.row, canvas.brush.constants).at(unit.place, outer, inner);
-    const auto below = hn::LoadU(kPixels, unit.at);
-    hn::StoreU(canvas.brush.paints.over(below, outer, inner), kPixels, unit.at);
+    const std::int32_t place = origin + unit.x * (1 << kPixelBits);
+    TangentRow(canvas.rows, unit.row, canvas.brush.constants).at(place, outer, inner);
+    hn::StoreU(canvas.brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
 }
 
-// The edges' pixels of many rows one after the other: in one loop, whose end alone is a surprise.
-HWY_NOINLINE void drawUnits(const EdgeUnit* units, const EdgeUnit* end, const Canvas& canvas) {
-    for (; units < end; ++units) drawUnit(*units, canvas);
-}
-
-// Gathers the vectors that edges may cross, and draws them when there are many.
+// Gathers the vectors of many rows that edges may cross and draws them one after the other: in one
+// loop, whose end alone is a surprise.
 class EdgeList {
   public:
     explicit HWY_INLINE EdgeList(const Canvas& canvas)
         : canvas_(canvas),
-          origin_(std::int32_t((0.5F - canvas.rows.circle.x) * kUnitsPerPixel)),
-          clipRight_(canvas.rows.clip.right()) {}
+          clipRight_(canvas.rows.clip.right()),
+          // Vectors begin within the circle's bounds.
+          few_(canvas.rows.rightmost() + kLanes <= clipRight_ ? kFew : 0) {}
 
-    HWY_INLINE void add(std::uint32_t* pixels, int row, int x, int count) {
-        if (HWY_UNLIKELY(count > 2 || x + count * kLanes > clipRight_)) {
-            addMany(pixels, row, x, count);
+    HWY_INLINE void add(int row, int x, int count) {
+        if (HWY_UNLIKELY(count > few_)) {
+            addMany(row, x, count);
             return;
         }
         // Writing two whatever their number spares a branch.
-        next_[0] = {pixels + x, placeOf(x), row};
-        next_[1] = {pixels + x + kLanes, placeOf(x + kLanes), row};
+        next_[0] = {x, row};
+        next_[1] = {x + kLanes, row};
         next_ += count;
-        if (HWY_UNLIKELY(next_ > units_ + kMostUnits - 2)) flush();
+        if (HWY_UNLIKELY(next_ > units_ + kMostUnits - kFew)) draw();
     }
 
-    HWY_INLINE void flush() {
-        drawUnits(units_, next_, canvas_);
+    HWY_NOINLINE void draw() {
+        const std::int32_t origin = this->origin();
+        for (const EdgeUnit* unit = units_; unit < next_; ++unit) {
+            drawUnit(*unit, canvas_.at(unit->x, unit->row), origin, canvas_);
+        }
         next_ = units_;
     }
 
   private:
-    HWY_INLINE std::int32_t placeOf(int x) const { return origin_ + x * (1 << kPixelBits); }
+    static constexpr int kFew = 2;
 
-    HWY_NOINLINE void addMany(std::uint32_t* pixels, int row, int x, int count) {
+    [[nodiscard]] HWY_INLINE std::int32_t origin() const {
+        return std::int32_t((0.5F - canvas_.rows.circle.x) * kUnitsPerPixel);
+    }
+
+    HWY_NOINLINE void addMany(int row, int x, int count) {
         for (; count > 0; --count, x += kLanes) {
             if (x + kLanes > clipRight_) {
-                withPart(pixels + x, clipRight_ - x, [&](std::uint32_t* part) HWY_ATTR {
-                    drawUnit({part, placeOf(x), row}, canvas_);
+                withPart(canvas_.at(x, row), clipRight_ - x, [&](std::uint32_t* part) HWY_ATTR {
+                    drawUnit({x, row}, part, origin(), canvas_);
                 });
                 return;
             }
-            *next_++ = {pixels + x, placeOf(x), row};
-            if (next_ > units_ + kMostUnits - 2) flush();
+            *next_++ = {x, row};
+            if (next_ > units_ + kMostUnits - kFew) draw();
         }
     }
 
     const Canvas& canvas_;
-    const std::int32_t origin_;
     const int clipRight_;
+    const int few_;
     EdgeUnit* next_ = units_;
     EdgeUnit units_[kMostUnits];
 };
@@ -164,21 +168,21 @@ HWY_NOINLINE void drawTangents(const Canvas& canvas) {
     EdgeList edges(canvas);
     std::uint32_t* pixels = canvas.firstRow;
     for (int row = 0; row < rows.count; ++row, pixels += canvas.stride) {
-        edges.add(pixels, row, rows.edgesBegin[0][row], rows.edgesCount[0][row]);
+        edges.add(row, rows.edgesBegin[0][row], rows.edgesCount[0][row]);
         const SolidPaint& middle = rows.middleIsRim[row] ? brush.rim : brush.inside;
         if (HWY_UNLIKELY(rows.wideRim)) {
             drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], brush.rim);
-            edges.add(pixels, row, rows.edgesBegin[1][row], rows.edgesCount[1][row]);
+            edges.add(row, rows.edgesBegin[1][row], rows.edgesCount[1][row]);
             drawRun(canvas, pixels, rows.runBegin[1][row], rows.runEnd[1][row], middle);
-            edges.add(pixels, row, rows.edgesBegin[2][row], rows.edgesCount[2][row]);
+            edges.add(row, rows.edgesBegin[2][row], rows.edgesCount[2][row]);
             drawRun(canvas, pixels, rows.runBegin[2][row], rows.runEnd[2][row], brush.rim);
         } else {
             drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], middle);
         }
         const int last = rows.runs();
-        edges.add(pixels, row, rows.edgesBegin[last][row], rows.edgesCount[last][row]);
+        edges.add(row, rows.edgesBegin[last][row], rows.edgesCount[last][row]);
     }
-    edges.flush();
+    edges.draw();
 }
 
 template <class Row>
@@ -250,14 +254,14 @@ HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const C
 void drawAll(const RenderTarget& target, const PixelRect& clip, const CircleLook& look,
              std::span<const Instance> instances) {
     CircleRows rows;
-    const auto shown = [&look](const Instance& i)
-                           HWY_ATTR { return visible(i, 2.0 * look.radius, look.strongestAlpha); };
-    for (std::size_t i = 0; i < instances.size(); ++i) {
-        if (i + 1 < instances.size() && shown(instances[i + 1])) {
-            fetch(target, clip, look, instances[i + 1]);
-        }
-        if (shown(instances[i])) drawCircle(target, clip, look, instances[i], rows);
+    const Instance* waiting = nullptr;  // until the fetching of its pixels has got ahead
+    for (const Instance& instance : instances) {
+        if (!visible(instance, 2.0 * look.radius, look.strongestAlpha)) continue;
+        fetch(target, clip, look, instance);
+        if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
+        waiting = &instance;
     }
+    if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
 }
 
 }  // namespace
