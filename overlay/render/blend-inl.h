@@ -31,6 +31,13 @@ constexpr hn::RebindToSigned<decltype(kFloats)> kInts;
 using VI = hn::Vec<decltype(kInts)>;
 constexpr std::uint16_t kCovered = 65535;  // a whole pixel
 
+// The lanes' numbers. Highway's own writes them one by one and then reads them as a whole, which
+// waits for the writes.
+HWY_ALIGN constexpr float kLaneNumbers[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+HWY_INLINE VF laneNumbers() {
+    return hn::Load(kFloats, kLaneNumbers);
+}
+
 // Two channels of the source, one level being 256, over the pixels under them. `kept` is what
 // remains of the latter, 65535 being all of it. Half a level is added so that the top byte rounds.
 HWY_INLINE VU16 overHalves(VU16 below, VU16 kept, VU16 sourceAndHalf) {

@@ -31,7 +31,7 @@ struct TangentConstants {
     VI steps;
     VU16 mostHalf, middle;
     HWY_INLINE TangentConstants()
-        : steps(hn::ShiftLeft<kPixelBits>(hn::Iota(kInts, 0))),
+        : steps(hn::ShiftLeft<kPixelBits>(hn::ConvertTo(kInts, laneNumbers()))),
           mostHalf(hn::Set(kHalves, std::uint16_t{0x7FFF})),
           middle(hn::Set(kHalves, std::uint16_t{0x8000})) {}
 };
@@ -75,7 +75,7 @@ class TangentRow {
 };
 
 struct Edge {
-    VF radius, sum, diff, slope, bend;
+    VF sum, diff, slope, bend;
 };
 
 // Rounds 0 to kCovered to an integer in both halves of each lane.
@@ -85,8 +85,7 @@ HWY_INLINE VU16 toCoverage(VF value) {
     return hn::OddEven(hn::BitCast(kHalves, hn::ShiftLeft<16>(bits)), hn::BitCast(kHalves, bits));
 }
 
-HWY_INLINE VU16 coverage(VF distance, const Edge& edge) {
-    const VF e = hn::Sub(edge.radius, distance);
+HWY_INLINE VU16 coverage(VF e, const Edge& edge) {
     const VF held = hn::Max(hn::Min(e, edge.sum), hn::Neg(edge.sum));
     const VF straight = hn::Max(hn::Min(e, edge.diff), hn::Neg(edge.diff));
     const VF z = hn::Sub(held, straight);
@@ -113,7 +112,7 @@ class FloatRow {
   public:
     using Place = VF;
     explicit HWY_INLINE FloatRow(const CircleRows& rows)
-        : firstCentre_(hn::Sub(hn::Iota(kFloats, 0.5F), hn::Set(kFloats, rows.circle.x))) {}
+        : firstCentre_(hn::Sub(laneNumbers(), hn::Set(kFloats, rows.circle.x - 0.5F))) {}
     HWY_INLINE Place placeOf(int x) const {
         return hn::Add(firstCentre_, hn::Set(kFloats, float(x)));
     }
@@ -126,6 +125,7 @@ class FloatRow {
 };
 
 // The same where an edge is nearly level: the normal is that of each pixel, for both edges.
+// Everything is multiplied by the distance d, so that one division is enough: M = md, N = nd.
 struct FlatRow : FloatRow {
     VF dy, outerRadius, innerRadius;
     HWY_INLINE FlatRow(const CircleRows& rows, int row)
@@ -137,16 +137,14 @@ struct FlatRow : FloatRow {
         const VF half = hn::Set(kFloats, 0.5F);
         const VF across = hn::Abs(dx);
         const VF distance = hn::Sqrt(hn::MulAdd(dx, dx, hn::Mul(dy, dy)));
-        const VF scale = hn::Div(half, hn::Max(distance, hn::Set(kFloats, 0.5F)));
-        const VF m = hn::Max(hn::Mul(hn::Max(across, dy), scale), hn::Set(kFloats, 0.25F));
-        const VF n =
-            hn::Max(hn::Mul(hn::Min(across, dy), scale), hn::Set(kFloats, kLeastComponent / 2));
-        Edge edge{outerRadius, hn::Add(m, n), hn::Sub(m, n), hn::Div(hn::Set(kFloats, 32767.5F), m),
-                  hn::Zero(kFloats)};
-        edge.bend = hn::Div(hn::Mul(edge.slope, hn::Set(kFloats, 0.25F)), n);
-        outerCover = coverage(distance, edge);
-        edge.radius = innerRadius;
-        innerCover = coverage(distance, edge);
+        const VF m = hn::Max(hn::Max(across, dy), half);
+        const VF least = hn::Mul(m, hn::Set(kFloats, kLeastComponent));
+        const VF n = hn::Max(hn::Min(across, dy), least);
+        const VF inverse = hn::Div(hn::Set(kFloats, 65535.0F), hn::Mul(m, n));
+        const Edge edge{hn::Mul(half, hn::Add(m, n)), hn::Mul(half, hn::Sub(m, n)),
+                        hn::Mul(inverse, n), hn::Mul(inverse, half)};
+        outerCover = coverage(hn::Mul(distance, hn::Sub(outerRadius, distance)), edge);
+        innerCover = coverage(hn::Mul(distance, hn::Sub(innerRadius, distance)), edge);
     }
 };
 

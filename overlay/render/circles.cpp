@@ -12,6 +12,7 @@
 #define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "overlay/render/circles.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
@@ -29,6 +30,10 @@ struct EdgeUnit {
 };
 
 constexpr int kMostUnits = 512;
+constexpr float kFetched = 32.0F;  // of a circle's radius: what is larger takes its time anyway
+
+// Read from 8 - n on, the first n lanes are set.
+HWY_ALIGN constexpr std::uint32_t kFirstLanes[16] = {~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U};
 
 struct Brush {
     HWY_INLINE Brush(const CircleLook& look, float opacity)
@@ -73,66 +78,111 @@ struct Canvas {
     }
 };
 
-// The edges' pixels of many rows one after the other: in one loop, whose end alone is a surprise.
-HWY_NOINLINE void drawUnits(const EdgeUnit* units, int count, const Canvas& canvas) {
-    const Brush& brush = canvas.brush;
-    const auto origin = std::int32_t((0.5F - canvas.rows.circle.x) * kUnitsPerPixel);
-    for (int i = 0; i < count; ++i) {
-        const EdgeUnit unit = units[i];
-        canvas.with(unit.x, unit.row, [&](std::uint32_t* at) HWY_ATTR {
-            VU16 outer, inner;
-            const std::int32_t place = origin + unit.x * (1 << kPixelBits);
-            TangentRow(canvas.rows, unit.row, brush.constants).at(place, outer, inner);
-            hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
-        });
-    }
+HWY_INLINE void drawUnit(const EdgeUnit& unit, std::uint32_t* at, std::int32_t origin,
+                         const Canvas& canvas) {
+    VU16 outer, inner;
+    const std::int32_t place = origin + unit.x * (1 << kPixelBits);
+    TangentRow(canvas.rows, unit.row, canvas.brush.constants).at(place, outer, inner);
+    hn::StoreU(canvas.brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
 }
 
-HWY_NOINLINE void drawEdges(const Canvas& canvas, int index) {
-    EdgeUnit units[kMostUnits];
-    int count = 0;
-    const CircleRows& rows = canvas.rows;
-    for (int row = 0; row < rows.count; ++row) {
-        const int x = rows.edgesBegin[index][row];
-        const int more = rows.edgesCount[index][row];
-        if (HWY_UNLIKELY(count + std::max(more, 2) > kMostUnits)) {
-            drawUnits(units, count, canvas);
-            count = 0;
+// Gathers the vectors of many rows that edges may cross and draws them one after the other: in one
+// loop, whose end alone is a surprise.
+class EdgeList {
+  public:
+    explicit HWY_INLINE EdgeList(const Canvas& canvas)
+        : canvas_(canvas),
+          clipRight_(canvas.rows.clip.right()),
+          // Vectors begin within the circle's bounds.
+          few_(canvas.rows.rightmost() + kLanes <= clipRight_ ? kFew : 0) {}
+
+    HWY_INLINE void add(int row, int x, int count) {
+        if (HWY_UNLIKELY(count > few_)) {
+            addMany(row, x, count);
+            return;
         }
-        // Mostly there are no more than two: writing them all the same spares a branch.
-        units[count] = {x, row};
-        units[count + 1] = {x + kLanes, row};
-        for (int i = 2; HWY_UNLIKELY(i < more); ++i) {
-            if (count + i == kMostUnits) {
-                drawUnits(units, kMostUnits, canvas);
-                count = -i;
+        // Writing two whatever their number spares a branch.
+        next_[0] = {x, row};
+        next_[1] = {x + kLanes, row};
+        next_ += count;
+        if (HWY_UNLIKELY(next_ > units_ + kMostUnits - kFew)) draw();
+    }
+
+    HWY_NOINLINE void draw() {
+        const std::int32_t origin = this->origin();
+        for (const EdgeUnit* unit = units_; unit < next_; ++unit) {
+            drawUnit(*unit, canvas_.at(unit->x, unit->row), origin, canvas_);
+        }
+        next_ = units_;
+    }
+
+  private:
+    static constexpr int kFew = 2;
+
+    [[nodiscard]] HWY_INLINE std::int32_t origin() const {
+        return std::int32_t((0.5F - canvas_.rows.circle.x) * kUnitsPerPixel);
+    }
+
+    HWY_NOINLINE void addMany(int row, int x, int count) {
+        for (; count > 0; --count, x += kLanes) {
+            if (x + kLanes > clipRight_) {
+                withPart(canvas_.at(x, row), clipRight_ - x, [&](std::uint32_t* part) HWY_ATTR {
+                    drawUnit({x, row}, part, origin(), canvas_);
+                });
+                return;
             }
-            units[count + i] = {x + i * kLanes, row};
+            *next_++ = {x, row};
+            if (next_ > units_ + kMostUnits - kFew) draw();
         }
-        count += more;
     }
-    drawUnits(units, count, canvas);
+
+    const Canvas& canvas_;
+    const int clipRight_;
+    const int few_;
+    EdgeUnit* next_ = units_;
+    EdgeUnit units_[kMostUnits];
+};
+
+HWY_INLINE void drawRun(const Canvas& canvas, std::uint32_t* pixels, int x, int end,
+                        const SolidPaint& paint) {
+    for (; x + kLanes <= end; x += kLanes) {
+        hn::StoreU(paint.over(hn::LoadU(kPixels, pixels + x)), kPixels, pixels + x);
+    }
+    if (x >= end) return;
+    const auto draw = [&](std::uint32_t* at) HWY_ATTR {
+        const auto below = hn::LoadU(kPixels, at);
+        const auto mask = hn::LoadU(kPixels, kFirstLanes + 8 - (end - x));
+        const auto over = hn::BitCast(kPixels, paint.over(below));
+        hn::StoreU(hn::IfVecThenElse(mask, over, below), kPixels, at);
+    };
+    if (HWY_LIKELY(x + kLanes <= canvas.rows.clip.right())) {
+        draw(pixels + x);
+    } else {
+        withPart(pixels + x, end - x, draw);
+    }
 }
 
-HWY_NOINLINE void drawRuns(const Canvas& canvas, int index) {
+HWY_NOINLINE void drawTangents(const Canvas& canvas) {
     const CircleRows& rows = canvas.rows;
-    const bool middle = index == rows.runs() / 2;
-    for (int row = 0; row < rows.count; ++row) {
-        const int end = rows.runEnd[index][row];
-        const SolidPaint& paint =
-            middle && !rows.middleIsRim[row] ? canvas.brush.inside : canvas.brush.rim;
-        int x = rows.runBegin[index][row];
-        for (; x + kLanes <= end; x += kLanes) {
-            std::uint32_t* at = canvas.at(x, row);
-            hn::StoreU(paint.over(hn::LoadU(kPixels, at)), kPixels, at);
+    const Brush& brush = canvas.brush;
+    EdgeList edges(canvas);
+    std::uint32_t* pixels = canvas.firstRow;
+    for (int row = 0; row < rows.count; ++row, pixels += canvas.stride) {
+        edges.add(row, rows.edgesBegin[0][row], rows.edgesCount[0][row]);
+        const SolidPaint& middle = rows.middleIsRim[row] ? brush.rim : brush.inside;
+        if (HWY_UNLIKELY(rows.wideRim)) {
+            drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], brush.rim);
+            edges.add(row, rows.edgesBegin[1][row], rows.edgesCount[1][row]);
+            drawRun(canvas, pixels, rows.runBegin[1][row], rows.runEnd[1][row], middle);
+            edges.add(row, rows.edgesBegin[2][row], rows.edgesCount[2][row]);
+            drawRun(canvas, pixels, rows.runBegin[2][row], rows.runEnd[2][row], brush.rim);
+        } else {
+            drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], middle);
         }
-        if (x >= end) continue;
-        canvas.with(x, row, [&](std::uint32_t* at) HWY_ATTR {
-            const auto below = hn::LoadU(kPixels, at);
-            const auto mask = hn::FirstN(kPixels, std::size_t(end - x));
-            hn::StoreU(hn::IfThenElse(mask, paint.over(below), below), kPixels, at);
-        });
+        const int last = rows.runs();
+        edges.add(row, rows.edgesBegin[last][row], rows.edgesCount[last][row]);
     }
+    edges.draw();
 }
 
 template <class Row>
@@ -148,12 +198,7 @@ HWY_NOINLINE void drawRow(const Canvas& canvas, int row) {
     }
 }
 
-HWY_INLINE void drawTangents(const Canvas& canvas) {
-    for (int i = 0; i < canvas.rows.runs(); ++i) {
-        drawRuns(canvas, i);
-        drawEdges(canvas, i);
-    }
-    drawEdges(canvas, canvas.rows.runs());
+HWY_INLINE void drawFlats(const Canvas& canvas) {
     for (int row = 0; row < canvas.rows.count; ++row) {
         if (canvas.rows.flat[row]) drawRow<FlatRow>(canvas, row);
     }
@@ -180,19 +225,43 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
         } else {
             rows.computeTangents();
             drawTangents(canvas);
+            drawFlats(canvas);
         }
         rows.firstRow += rows.count;
+    }
+}
+
+// Asks for the pixels of the next circle while this one is drawn: copies lie anywhere on a screen
+// that is larger than the nearer caches.
+HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const CircleLook& look,
+                      const Instance& instance) {
+    const float radius = std::min(look.radius * instance.scale, kFetched);
+    const auto within = [](float v, int low, int size)
+                            HWY_ATTR { return int(std::clamp(v, float(low), float(low + size))); };
+    const int left = within(instance.x - radius, clip.x, clip.width - 1);
+    const int right = within(instance.x + radius, clip.x, clip.width - 1);
+    const int middle = (left + right) / 2;
+    const int top = within(instance.y - radius, clip.y, clip.height - 1);
+    const int bottom = within(instance.y + radius, clip.y, clip.height);
+    const std::uint32_t* row = target.pixels + std::ptrdiff_t{top} * target.stride;
+    for (int y = top; y <= bottom; ++y, row += target.stride) {
+        hwy::Prefetch(row + left);
+        if (radius > 8) hwy::Prefetch(row + middle);
+        hwy::Prefetch(row + right);
     }
 }
 
 void drawAll(const RenderTarget& target, const PixelRect& clip, const CircleLook& look,
              std::span<const Instance> instances) {
     CircleRows rows;
+    const Instance* waiting = nullptr;  // until the fetching of its pixels has got ahead
     for (const Instance& instance : instances) {
-        if (visible(instance, 2.0 * look.radius, look.strongestAlpha)) {
-            drawCircle(target, clip, look, instance, rows);
-        }
+        if (!visible(instance, 2.0 * look.radius, look.strongestAlpha)) continue;
+        fetch(target, clip, look, instance);
+        if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
+        waiting = &instance;
     }
+    if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
 }
 
 }  // namespace

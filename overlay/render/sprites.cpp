@@ -150,7 +150,7 @@ void computeAreaTaps(const SpriteAxis& axis, int begin, int count, float factor,
     const VF scale = hn::Set(kFloats, float(65535 / ratio) * factor);
     for (int i = 0; i < count; i += int(hn::Lanes(kFloats))) {
         const VF start = hn::Set(kFloats, float((begin + i - axis.origin) * ratio));
-        const VF from = hn::MulAdd(hn::Iota(kFloats, 0.0F), hn::Set(kFloats, float(ratio)), start);
+        const VF from = hn::MulAdd(laneNumbers(), hn::Set(kFloats, float(ratio)), start);
         const VF to = hn::Min(hn::Add(from, hn::Set(kFloats, float(ratio))), side);
         const VF first =
             hn::Max(hn::Min(hn::Floor(from), hn::Sub(side, hn::Set(kFloats, 1.0F))), zero);
