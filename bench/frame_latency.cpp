@@ -95,7 +95,11 @@ class Measurement {
         skv_enable_hid_callback();
         g_skv_overlayAppDelegate->applicationDidFinishLaunchingWithOptions();
     }
-    ~Measurement() { g_skv_overlayAppDelegate.reset(); }
+    ~Measurement() {
+        skv_disable_hid_callback();
+        g_skv_hidClient = nullptr;
+        g_skv_overlayAppDelegate.reset();
+    }
     Measurement(const Measurement&) = delete;
     Measurement& operator=(const Measurement&) = delete;
 

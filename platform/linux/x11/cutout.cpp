@@ -1,6 +1,7 @@
 #include "platform/linux/x11/cutout.h"
 
 #include <algorithm>
+#include <array>
 
 namespace skavlo {
 
@@ -10,12 +11,27 @@ namespace {
 // the settings application offers (opacity 0.1), high enough to end a fade before its last wisp.
 constexpr std::uint32_t kVisibleAlpha = 24;
 
+constexpr unsigned kFractionBits = 16;
+
+// 255 / alpha in fixed point, rounded up: a division for each component of each pixel would be most
+// of the time from a touch to its marker.
+constexpr std::array<std::uint32_t, 256> makeReciprocals() {
+    std::array<std::uint32_t, 256> result{};
+    for (std::uint32_t alpha = 1; alpha < result.size(); ++alpha) {
+        result[alpha] = ((255U << kFractionBits) + alpha - 1) / alpha;
+    }
+    return result;
+}
+constexpr auto kReciprocals = makeReciprocals();
+
 std::uint32_t opaqueColour(std::uint32_t premultiplied) {
-    const std::uint32_t alpha = premultiplied >> 24U;
+    const std::uint32_t factor = kReciprocals[premultiplied >> 24U];
     std::uint32_t result = 0xff000000U;
     for (unsigned shift = 0; shift < 24; shift += 8) {
         const std::uint32_t component = (premultiplied >> shift) & 0xffU;
-        result |= std::min(255U, (component * 255 + alpha / 2) / alpha) << shift;
+        const std::uint32_t straight =
+            (component * factor + (1U << (kFractionBits - 1))) >> kFractionBits;
+        result |= std::min(255U, straight) << shift;
     }
     return result;
 }
