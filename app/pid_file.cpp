@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "settings/loose_value.h"
+#include "settings/scan.h"
 
 namespace skavlo {
 
@@ -40,7 +40,7 @@ bool isUtf8(std::string_view text) {
 std::optional<int> readPidFile(const Files& files, const std::string& path) {
     const auto contents = files.read(path);
     if (!contents || !isUtf8(*contents)) return std::nullopt;
-    return intValue(std::string_view(*contents));
+    return scanInteger<std::int32_t>(*contents);
 }
 
 }  // namespace skavlo

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "platform/property_list.h"
 
@@ -14,9 +13,6 @@ bool boolValue(const PropertyValue* value);
 std::int32_t intValue(const PropertyValue* value);
 std::int64_t integerValue(const PropertyValue* value);
 float floatValue(const PropertyValue* value);
-
-// White space, a sign, decimal digits; no digits: 0; saturates at the bounds of 32 bits.
-std::int32_t intValue(std::string_view text);
 
 // The value under the key, or null.
 const PropertyValue* lookUp(const PropertyDictionary& dictionary, const char* key);
