@@ -56,7 +56,7 @@ double privateMegabytes(const rig::Child& child) {
     double kilobytes = 0;
     bool frame = false;
     for (std::string line; std::getline(lines, line);) {
-        if (line.find('-') < 17 && line.find("-") != std::string::npos && line.find(':') > 17) {
+        if (line.find('-') < 17 && line.find(':') > 17) {
             frame = line.find("skavlo-frame") != std::string::npos;
         }
         if (!frame && line.rfind("Private_", 0) == 0) {
@@ -100,6 +100,7 @@ void measureIdleness(const rig::XServer& server, const rig::Display& display,
 
 double spawnMilliseconds(std::vector<std::string> arguments) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     const auto begin = Clock::now();

@@ -33,7 +33,8 @@ template <typename Integer>
 Integer truncate(double value) {
     if (std::isnan(value)) return 0;
     // Both bounds as doubles: the upper one is the first value beyond the range.
-    constexpr auto kBeyond = 2.0 * static_cast<double>(std::numeric_limits<Integer>::max() / 2 + 1);
+    constexpr Integer kHalf = std::numeric_limits<Integer>::max() / 2 + 1;
+    constexpr auto kBeyond = 2.0 * static_cast<double>(kHalf);
     if (value >= kBeyond) return std::numeric_limits<Integer>::max();
     if (value < -kBeyond) return std::numeric_limits<Integer>::min();
     return static_cast<Integer>(value);

@@ -71,7 +71,7 @@ void RasterClient::rasterizeText(const std::string& utf8, int box, double fontPi
           std::move(completion));
 }
 
-void RasterClient::start(UniqueDescriptor input, int box, std::vector<std::string> request,
+void RasterClient::start(UniqueDescriptor input, int box, const std::vector<std::string>& request,
                          Completion completion) {
     // The job is forgotten before its completion runs, which may destroy the client.
     auto place = std::make_shared<std::weak_ptr<RasterJob>>();

@@ -37,7 +37,7 @@ class RasterClient final : public Rasterizer {
 
   private:
     // `input` becomes the child's standard input; without one the request has failed already.
-    void start(UniqueDescriptor input, int box, std::vector<std::string> request,
+    void start(UniqueDescriptor input, int box, const std::vector<std::string>& request,
                Completion completion);
 
     asio::io_context& context_;

@@ -49,21 +49,23 @@ void calibrate(libinput_device* handle, const std::optional<Affine>& calibration
 
 }  // namespace
 
-Result<std::unique_ptr<LibinputSource>> LibinputSource::open(
-    asio::io_context& context, DeviceOpener& opener, ContactTracker& tracker, const Clock& clock,
-    const OutputLayout& layout, XLookup xLookup) {
+Result<std::unique_ptr<LibinputSource>> LibinputSource::open(asio::io_context& context,
+                                                             DeviceOpener& opener,
+                                                             ContactTracker& tracker,
+                                                             const Clock& clock,
+                                                             OutputLayout layout, XLookup xLookup) {
     std::unique_ptr<LibinputSource> source(
-        new LibinputSource(opener, tracker, clock, layout, std::move(xLookup)));
+        new LibinputSource(opener, tracker, clock, std::move(layout), std::move(xLookup)));
     if (!source->start(context)) return Error{"udev's seat0 cannot be followed"};
     return source;
 }
 
 LibinputSource::LibinputSource(DeviceOpener& opener, ContactTracker& tracker, const Clock& clock,
-                               const OutputLayout& layout, XLookup xLookup)
+                               OutputLayout layout, XLookup xLookup)
     : opener_(opener),
       tracker_(tracker),
       clock_(clock),
-      layout_(layout),
+      layout_(std::move(layout)),
       xLookup_(std::move(xLookup)) {}
 
 LibinputSource::~LibinputSource() = default;

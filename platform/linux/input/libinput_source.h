@@ -44,8 +44,7 @@ class LibinputSource final : public TouchSource {
     static Result<std::unique_ptr<LibinputSource>> open(asio::io_context& context,
                                                         DeviceOpener& opener,
                                                         ContactTracker& tracker, const Clock& clock,
-                                                        const OutputLayout& layout,
-                                                        XLookup xLookup);
+                                                        OutputLayout layout, XLookup xLookup);
     ~LibinputSource() override;
     LibinputSource(const LibinputSource&) = delete;
     LibinputSource& operator=(const LibinputSource&) = delete;
@@ -72,7 +71,7 @@ class LibinputSource final : public TouchSource {
     };
 
     LibinputSource(DeviceOpener& opener, ContactTracker& tracker, const Clock& clock,
-                   const OutputLayout& layout, XLookup xLookup);
+                   OutputLayout layout, XLookup xLookup);
     bool start(asio::io_context& context);
     static int openDevice(const char* path, int flags, void* self);
     static void closeDevice(int descriptor, void* self);

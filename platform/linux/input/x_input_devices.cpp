@@ -107,6 +107,7 @@ std::vector<XInputDevice> queryXInputDevices(xcb_connection_t* connection,
     };
     std::vector<XInputDevice> devices = readDevices(connection);
     std::vector<Cookies> asked;
+    asked.reserve(devices.size());
     for (const XInputDevice& device : devices)
         asked.push_back({ask(connection, device.id, atoms.node),
                          ask(connection, device.id, atoms.transformation),

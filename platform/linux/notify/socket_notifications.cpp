@@ -98,7 +98,7 @@ class Registration final : public NotificationRegistration {
 
 }  // namespace
 
-SocketNotifications::SocketNotifications(AsioRunLoop& runLoop, std::string runDirectory)
+SocketNotifications::SocketNotifications(AsioRunLoop& runLoop, const std::string& runDirectory)
     : runLoop_(runLoop), directory_(runDirectory + "/notify") {
     makeDirectory(runDirectory);
     makeDirectory(directory_);

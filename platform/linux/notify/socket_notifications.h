@@ -12,7 +12,7 @@ namespace skavlo {
 // register and post; it is made when it is missing, if that can be done.
 class SocketNotifications final : public Notifications {
   public:
-    SocketNotifications(AsioRunLoop& runLoop, std::string runDirectory);
+    SocketNotifications(AsioRunLoop& runLoop, const std::string& runDirectory);
     void notify_post(const std::string& name) override;
     [[nodiscard]] std::unique_ptr<NotificationRegistration> notify_register_dispatch(
         const std::string& name, std::function<void()> handler) override;

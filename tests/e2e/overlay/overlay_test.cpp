@@ -226,9 +226,11 @@ TEST_F(Overlay, TheCentreOfMassOfAMarkerLiesWithinHalfAPixelOfTheContact) {
             double y = 0;
             for (std::size_t i = 0; i < s.pixels.size(); ++i) {
                 const double weight = (s.pixels[i] & 0xffU) - double{kBackground & 0xffU};
+                const auto column = i % kScreen.width;
+                const auto row = i / kScreen.width;
                 sum += weight;
-                x += weight * (static_cast<double>(i % kScreen.width) + 0.5);
-                y += weight * (static_cast<double>(i / kScreen.width) + 0.5);
+                x += weight * (static_cast<double>(column) + 0.5);
+                y += weight * (static_cast<double>(row) + 0.5);
             }
             return sum > 0 ? Point{x / sum, y / sum} : Point{-1, -1};
         };

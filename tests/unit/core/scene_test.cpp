@@ -157,9 +157,11 @@ TEST_F(ScenePainting, AMarkerIsCentredOnItsTouchAtEveryScale) {
         double y = 0;
         for (std::size_t i = 0; i < windowServer.pixels().size(); ++i) {
             const double alpha = windowServer.pixels()[i] >> 24U;
+            const std::size_t column = i % 780;
+            const std::size_t row = i / 780;
             sum += alpha;
-            x += alpha * (static_cast<double>(i % 780) + 0.5);
-            y += alpha * (static_cast<double>(i / 780) + 0.5);
+            x += alpha * (static_cast<double>(column) + 0.5);
+            y += alpha * (static_cast<double>(row) + 0.5);
         }
         ASSERT_GT(sum, 0);
         EXPECT_NEAR(x / sum, 100.3 * scale, 0.05);

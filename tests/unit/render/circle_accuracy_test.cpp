@@ -36,10 +36,10 @@ TEST_P(CircleAccuracy, EdgesAreWithinTwoLevelsAndTheRestWithinOne) {
     const CircleStyle style = styleOf(GetParam());
     const double diameter = style.diameter * GetParam().scale;
     const int side = int(std::ceil(diameter)) + 6;
+    const int middle = side / 2;  // a whole pixel, which dx and dy are counted from
     double worst = 0;
     for (const auto& [dx, dy] : {std::pair{0.0, 0.0}, {0.5, 0.5}, {0.25, 0.6}, {0.83, 0.07}}) {
-        const Instance instance{float(side / 2 + dx), float(side / 2 + dy), float(GetParam().scale),
-                                1};
+        const Instance instance{float(middle + dx), float(middle + dy), float(GetParam().scale), 1};
         Bitmap drawn = reference::blank({side, side});
         drawCircles(reference::targetOf(drawn), {0, 0, side, side}, style, {&instance, 1});
         const auto expected = reference::circle(drawn.size, style, instance);

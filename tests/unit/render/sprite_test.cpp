@@ -67,9 +67,10 @@ struct Error {
 Error worstEdge(const Shown& shown) {
     const Sprite sprite(std::make_shared<Bitmap>(shown.picture), shown.side);
     const int room = int(std::ceil(shown.side * double{shown.scale})) + 6;
+    const int middle = room / 2;  // a whole pixel, which the places are counted from
     Error worst;
     for (const Place& place : kPlaces) {
-        const Instance instance{float(room / 2 + place.dx), float(room / 2 + place.dy), shown.scale,
+        const Instance instance{float(middle + place.dx), float(middle + place.dy), shown.scale,
                                 shown.opacity};
         Bitmap drawn = reference::blank({room, room});
         drawSprites(reference::targetOf(drawn), {0, 0, room, room}, sprite, {&instance, 1});
