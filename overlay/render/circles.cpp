@@ -79,67 +79,72 @@ struct Canvas {
 };
 
 HWY_INLINE void drawUnit(const EdgeUnit& unit, std::uint32_t* at, std::int32_t origin,
-                         const Canvas& canvas) {
+                         const CircleRows& rows, const Brush& brush) {
     VU16 outer, inner;
     const std::int32_t place = origin + unit.x * (1 << kPixelBits);
-    TangentRow(canvas.rows, unit.row, canvas.brush.constants).at(place, outer, inner);
-    hn::StoreU(canvas.brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
+    TangentRow(rows, unit.row, brush.constants).at(place, outer, inner);
+    hn::StoreU(brush.paints.over(hn::LoadU(kPixels, at), outer, inner), kPixels, at);
 }
 
-// Gathers the vectors of many rows that edges may cross and draws them one after the other: in one
-// loop, whose end alone is a surprise.
+HWY_INLINE std::int32_t originOf(const CircleRows& rows) {
+    return std::int32_t((0.5F - rows.circle.x) * kUnitsPerPixel);
+}
+
+// The vectors of many rows one after the other: in one loop, whose end alone is a surprise.
+HWY_NOINLINE void drawUnits(const EdgeUnit* unit, const EdgeUnit* end, const Canvas& shared) {
+    const Canvas canvas = shared;  // stores of vectors may change anything that others can see
+    const std::int32_t origin = originOf(canvas.rows);
+    for (; unit < end; ++unit) {
+        drawUnit(*unit, canvas.at(unit->x, unit->row), origin, canvas.rows, canvas.brush);
+    }
+}
+
+// Gathers the vectors that edges may cross, and draws them when they are many.
 class EdgeList {
   public:
     explicit HWY_INLINE EdgeList(const Canvas& canvas)
         : canvas_(canvas),
-          clipRight_(canvas.rows.clip.right()),
           // Vectors begin within the circle's bounds.
-          few_(canvas.rows.rightmost() + kLanes <= clipRight_ ? kFew : 0) {}
+          few_(canvas.rows.rightmost() + kLanes <= canvas.rows.clip.right() ? kFew : 0) {}
 
-    HWY_INLINE void add(int row, int x, int count) {
-        if (HWY_UNLIKELY(count > few_)) {
-            addMany(row, x, count);
-            return;
-        }
+    [[nodiscard]] HWY_INLINE EdgeUnit* begin() { return units_; }
+
+    // Adds behind `next` and returns the new end.
+    [[nodiscard]] HWY_INLINE EdgeUnit* add(EdgeUnit* next, int row, int x, int count) {
+        if (HWY_UNLIKELY(count > few_)) return addMany(next, row, x, count);
         // Writing two whatever their number spares a branch.
-        next_[0] = {x, row};
-        next_[1] = {x + kLanes, row};
-        next_ += count;
-        if (HWY_UNLIKELY(next_ > units_ + kMostUnits - kFew)) draw();
+        next[0] = {x, row};
+        next[1] = {x + kLanes, row};
+        next += count;
+        return HWY_UNLIKELY(next > units_ + kMostUnits - kFew) ? draw(next) : next;
     }
 
-    HWY_NOINLINE void draw() {
-        const std::int32_t origin = this->origin();
-        for (const EdgeUnit* unit = units_; unit < next_; ++unit) {
-            drawUnit(*unit, canvas_.at(unit->x, unit->row), origin, canvas_);
-        }
-        next_ = units_;
+    HWY_NOINLINE EdgeUnit* draw(const EdgeUnit* end) {
+        drawUnits(units_, end, canvas_);
+        return units_;
     }
 
   private:
     static constexpr int kFew = 2;
 
-    [[nodiscard]] HWY_INLINE std::int32_t origin() const {
-        return std::int32_t((0.5F - canvas_.rows.circle.x) * kUnitsPerPixel);
-    }
-
-    HWY_NOINLINE void addMany(int row, int x, int count) {
+    HWY_NOINLINE EdgeUnit* addMany(EdgeUnit* next, int row, int x, int count) {
+        const CircleRows& rows = canvas_.rows;
         for (; count > 0; --count, x += kLanes) {
-            if (x + kLanes > clipRight_) {
-                withPart(canvas_.at(x, row), clipRight_ - x, [&](std::uint32_t* part) HWY_ATTR {
-                    drawUnit({x, row}, part, origin(), canvas_);
+            const int room = rows.clip.right() - x;
+            if (room < kLanes) {
+                withPart(canvas_.at(x, row), room, [&](std::uint32_t* part) HWY_ATTR {
+                    drawUnit({x, row}, part, originOf(rows), rows, canvas_.brush);
                 });
-                return;
+                break;
             }
-            *next_++ = {x, row};
-            if (next_ > units_ + kMostUnits - kFew) draw();
+            *next++ = {x, row};
+            if (next > units_ + kMostUnits - kFew) next = draw(next);
         }
+        return next;
     }
 
     const Canvas& canvas_;
-    const int clipRight_;
     const int few_;
-    EdgeUnit* next_ = units_;
     EdgeUnit units_[kMostUnits];
 };
 
@@ -162,27 +167,30 @@ HWY_INLINE void drawRun(const Canvas& canvas, std::uint32_t* pixels, int x, int 
     }
 }
 
-HWY_NOINLINE void drawTangents(const Canvas& canvas) {
+HWY_NOINLINE void drawEdges(const Canvas& canvas) {
     const CircleRows& rows = canvas.rows;
-    const Brush& brush = canvas.brush;
     EdgeList edges(canvas);
-    std::uint32_t* pixels = canvas.firstRow;
-    for (int row = 0; row < rows.count; ++row, pixels += canvas.stride) {
-        edges.add(row, rows.edgesBegin[0][row], rows.edgesCount[0][row]);
-        const SolidPaint& middle = rows.middleIsRim[row] ? brush.rim : brush.inside;
-        if (HWY_UNLIKELY(rows.wideRim)) {
-            drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], brush.rim);
-            edges.add(row, rows.edgesBegin[1][row], rows.edgesCount[1][row]);
-            drawRun(canvas, pixels, rows.runBegin[1][row], rows.runEnd[1][row], middle);
-            edges.add(row, rows.edgesBegin[2][row], rows.edgesCount[2][row]);
-            drawRun(canvas, pixels, rows.runBegin[2][row], rows.runEnd[2][row], brush.rim);
-        } else {
-            drawRun(canvas, pixels, rows.runBegin[0][row], rows.runEnd[0][row], middle);
+    EdgeUnit* next = edges.begin();
+    for (int i = 0; i <= rows.runs(); ++i) {
+        for (int row = 0; row < rows.count; ++row) {
+            next = edges.add(next, row, rows.edgesBegin[i][row], rows.edgesCount[i][row]);
         }
-        const int last = rows.runs();
-        edges.add(row, rows.edgesBegin[last][row], rows.edgesCount[last][row]);
     }
-    edges.draw();
+    edges.draw(next);
+}
+
+HWY_NOINLINE void drawRuns(const Canvas& shared) {
+    const Canvas canvas = shared;  // see drawUnits()
+    const CircleRows& rows = canvas.rows;
+    const int middle = rows.runs() / 2;
+    for (int i = 0; i < rows.runs(); ++i) {
+        std::uint32_t* pixels = canvas.firstRow;
+        for (int row = 0; row < rows.count; ++row, pixels += canvas.stride) {
+            const bool rim = i != middle || rows.middleIsRim[row];
+            drawRun(canvas, pixels, rows.runBegin[i][row], rows.runEnd[i][row],
+                    rim ? canvas.brush.rim : canvas.brush.inside);
+        }
+    }
 }
 
 template <class Row>
@@ -224,7 +232,8 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
             drawChords(canvas);
         } else {
             rows.computeTangents();
-            drawTangents(canvas);
+            drawRuns(canvas);
+            drawEdges(canvas);
             drawFlats(canvas);
         }
         rows.firstRow += rows.count;
@@ -240,13 +249,13 @@ HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const C
                             HWY_ATTR { return int(std::clamp(v, float(low), float(low + size))); };
     const int left = within(instance.x - radius, clip.x, clip.width - 1);
     const int right = within(instance.x + radius, clip.x, clip.width - 1);
-    const int middle = (left + right) / 2;
+
     const int top = within(instance.y - radius, clip.y, clip.height - 1);
     const int bottom = within(instance.y + radius, clip.y, clip.height);
     const std::uint32_t* row = target.pixels + std::ptrdiff_t{top} * target.stride;
     for (int y = top; y <= bottom; ++y, row += target.stride) {
         hwy::Prefetch(row + left);
-        if (radius > 8) hwy::Prefetch(row + middle);
+
         hwy::Prefetch(row + right);
     }
 }

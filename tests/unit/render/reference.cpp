@@ -227,6 +227,27 @@ Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side,
     return bitmapOf(drawn.get(), size);
 }
 
+// Five straight lines across; what they wind around is filled.
+Picture star(PixelSize size, double width, const Colour& colour) {
+    constexpr double kFifth = 2 * std::numbers::pi / 5;
+    const double radius = width / (2 * std::sin(kFifth));
+    const double height = radius * (1 + std::cos(kFifth / 2));
+    const double middle = (size.height - height) / 2 + radius;
+    const Mask mask = drawMask(size, [&](cairo_t* cr) {
+        for (int i = 0; i < 5; ++i) {
+            const double angle = 2 * i * kFifth;
+            cairo_line_to(cr, size.width / 2.0 + radius * std::sin(angle),
+                          middle - radius * std::cos(angle));
+        }
+        cairo_close_path(cr);
+    });
+    const std::size_t count = std::size_t(size.width) * std::size_t(size.height);
+    Picture picture{size, Levels(count), std::vector<bool>(count)};
+    markPartial(picture, mask);
+    composeLook(picture, {0, 0, colour, {}}, mask, {});
+    return picture;
+}
+
 Difference difference(const Picture& expected, const Bitmap& drawn) {
     Difference result;
     double sum = 0;

@@ -30,6 +30,9 @@ Picture sprite(PixelSize size, const Bitmap& picture, double side, const Instanc
 // The same drawn by Cairo at the resolution itself, with its bilinear filter.
 Bitmap bilinearSprite(PixelSize size, const Bitmap& picture, double side, const Instance& instance);
 
+// A regular pentagram with one point up, as wide as `width`, its bounding box in the middle.
+Picture star(PixelSize size, double width, const Colour& colour);
+
 struct Difference {
     double edgeMean = 0;   // levels, over edge pixels and channels
     double otherMost = 0;  // levels, the worst channel of all other pixels
