@@ -56,24 +56,28 @@ std::string serverProgram() {
 }
 
 std::vector<std::string> serverArguments(const PrivateDirectory& files, const XAuthority& authority,
-                                         int dpi, int displayDescriptor) {
-    return {serverProgram(),
-            "-config",
-            files.file("xorg.conf"),
-            "-logfile",
-            files.file("log"),
-            "-auth",
-            authority.path(),
-            "-noreset",
-            "-sharevts",
-            "-novtswitch",
-            "-keeptty",
-            "-nolisten",
-            "tcp",
-            "-dpi",
-            std::to_string(dpi),
-            "-displayfd",
-            std::to_string(displayDescriptor)};
+                                         const XServerOptions& options, int displayDescriptor) {
+    std::vector<std::string> arguments = {serverProgram(),
+                                          "-config",
+                                          files.file("xorg.conf"),
+                                          "-logfile",
+                                          files.file("log"),
+                                          "-auth",
+                                          authority.path(),
+                                          "-noreset",
+                                          "-sharevts",
+                                          "-novtswitch",
+                                          "-keeptty",
+                                          "-nolisten",
+                                          "tcp",
+                                          "-dpi",
+                                          std::to_string(options.dpi),
+                                          "-displayfd",
+                                          std::to_string(displayDescriptor)};
+    for (const std::string& extension : options.withoutExtensions) {
+        arguments.insert(arguments.end(), {"-extension", extension});
+    }
+    return arguments;
 }
 
 // The number that the server writes, with a line end behind it, once it takes clients. None: it
@@ -138,7 +142,7 @@ Result<XServer> XServer::start(const XServerOptions& options) {
     std::ofstream(files.file("xorg.conf")) << xConfig(options.sizes, socket);
     const FileDescriptor output(
         open(files.file("output").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
-    auto server = Child::start({serverArguments(files, *authority, options.dpi, numberWrite.get()),
+    auto server = Child::start({serverArguments(files, *authority, options, numberWrite.get()),
                                 {},
                                 {numberWrite.get()},
                                 output.get()});

@@ -19,6 +19,7 @@ struct XServerOptions {
     std::vector<PixelSize> sizes = {{1280, 720}};
     bool touch = true;
     int dpi = 96;
+    std::vector<std::string> withoutExtensions = {};  // by name, as "MIT-SHM"
 };
 
 // Runs as root and as an ordinary user, and needs no terminal. The server takes the first free

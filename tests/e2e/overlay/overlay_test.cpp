@@ -434,5 +434,30 @@ TEST_F(Overlay, OnAMachineWithoutATouchscreenThePointersButtonIsAContact) {
     untilClean();
 }
 
+class OverlayOnAPoorServer : public Overlay, public testing::WithParamInterface<const char*> {};
+
+TEST_P(OverlayOnAPoorServer, DrawsAndAnimatesAllTheSame) {
+    writeSettings({{"colorAnimDuration", 0.25}});
+    ASSERT_NO_FATAL_FAILURE(startServer({.sizes = {kScreen}, .withoutExtensions = {GetParam()}}));
+    ASSERT_NO_FATAL_FAILURE(startCompositor());
+    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    touch().begin(0, {200, 300});
+    for (int x = 220; x <= 1000; x += 20) touch().update(0, {static_cast<double>(x), 300});
+    captureUntil(
+        [](const Bitmap& s) {
+            return isBackground(at(s, 600, 300)) && !isBackground(at(s, 1000 - 25, 300));
+        },
+        "the marker in its full size, its trail faded");
+    touch().end(0);
+    untilClean();
+}
+
+INSTANTIATE_TEST_SUITE_P(Without, OverlayOnAPoorServer, testing::Values("MIT-SHM", "Present"),
+                         [](const auto& suite) {
+                             std::string name = suite.param;
+                             std::erase(name, '-');
+                             return name;
+                         });
+
 }  // namespace
 }  // namespace skavlo
