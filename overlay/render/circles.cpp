@@ -92,6 +92,7 @@ HWY_INLINE std::int32_t originOf(const CircleRows& rows) {
 
 // The vectors of many rows one after the other: in one loop, whose end alone is a surprise.
 HWY_NOINLINE void drawUnits(const EdgeUnit* unit, const EdgeUnit* end, const Canvas& shared) {
+    if (unit == end) return;
     const Canvas canvas = shared;  // stores of vectors may change anything that others can see
     const std::int32_t origin = originOf(canvas.rows);
     for (; unit < end; ++unit) {
@@ -249,13 +250,11 @@ HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const C
                             HWY_ATTR { return int(std::clamp(v, float(low), float(low + size))); };
     const int left = within(instance.x - radius, clip.x, clip.width - 1);
     const int right = within(instance.x + radius, clip.x, clip.width - 1);
-
     const int top = within(instance.y - radius, clip.y, clip.height - 1);
     const int bottom = within(instance.y + radius, clip.y, clip.height);
     const std::uint32_t* row = target.pixels + std::ptrdiff_t{top} * target.stride;
     for (int y = top; y <= bottom; ++y, row += target.stride) {
         hwy::Prefetch(row + left);
-
         hwy::Prefetch(row + right);
     }
 }

@@ -8,6 +8,12 @@
 #include <memory>
 #include <numbers>
 
+// Fontconfig keeps its caches until the process ends.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\n";
+}
+
 namespace skavlo::reference {
 namespace {
 
