@@ -17,7 +17,13 @@ double scanReal(std::string_view text) {
     double result = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
     if (error == std::errc::invalid_argument) return 0;
-    if (error == std::errc::result_out_of_range) result = HUGE_VAL;
+    if (error == std::errc::result_out_of_range) {
+        // Too large or too small? A text this far out shows it by its exponent or its first digit.
+        const bool tiny = text.find_first_of("eE") == std::string_view::npos
+                              ? text.front() == '0' || text.front() == '.'
+                              : text.find("e-") != text.npos || text.find("E-") != text.npos;
+        result = tiny ? 0 : HUGE_VAL;
+    }
     return negative ? -result : result;
 }
 

@@ -45,6 +45,7 @@ std::shared_ptr<const Bitmap> halved(const Bitmap& picture) {
     const int side = (picture.size.width + 1) / 2;
     const double ratio = double(picture.size.width) / side;
     std::vector<Taps> taps;
+    taps.reserve(static_cast<std::size_t>(side));
     for (int i = 0; i < side; ++i) taps.push_back(areaTaps(i * ratio, ratio, picture.size.width));
     auto result = std::make_shared<Bitmap>();
     result->size = {side, side};

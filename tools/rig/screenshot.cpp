@@ -63,6 +63,11 @@ std::size_t bytesOf(PixelSize size) {
 }
 
 bool sharesMemory(const Display& display) {
+    // Asking for an extension that is not there would break the connection.
+    const auto* extension = xcb_get_extension_data(display.get(), &xcb_shm_id);
+    if (!extension || !extension->present) {
+        return false;
+    }
     const XcbPointer<xcb_shm_query_version_reply_t> reply(
         xcb_shm_query_version_reply(display.get(), xcb_shm_query_version(display.get()), nullptr));
     return reply != nullptr;

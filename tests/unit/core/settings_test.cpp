@@ -48,6 +48,8 @@ INSTANTIATE_TEST_SUITE_P(
         LooseCase{"NO", 0, 0, false}, LooseCase{"-0007", -7, -7, true},
         LooseCase{"000", 0, 0, false}, LooseCase{"nan", 0, 0, false}, LooseCase{"inf", 0, 0, false},
         LooseCase{".5", 0, 0.5F, false}, LooseCase{"-", 0, 0, false},
+        LooseCase{"1e-400", 1, 0, true},
+        LooseCase{"1e400", 1, std::numeric_limits<float>::infinity(), true},
         LooseCase{"99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
         LooseCase{"-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F, true}));
 
