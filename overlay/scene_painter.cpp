@@ -33,12 +33,15 @@ std::span<const PixelRect> ScenePainter::paint(const MarkerScene& scene, const F
         const int side = static_cast<int>(std::ceil(scale));
         changed.add(PixelRect{0, 0, side, side});
     }
+    rects_.clear();
+    std::swap(shown_, items_);
+    // The display shows the scene already. Such a frame is not committed, so it counts in no age.
+    if (changed.empty() && frame.age != 0) return rects_;
     const TileMask& damage = history_.push(changed, frame.age);
     rects_ = damage.rects();
     const RenderTarget target{frame.pixels, frame.stride, frame.size};
     for (const PixelRect& rect : rects_) skavlo::clear(target, rect);
-    if (!rects_.empty()) draw(target, damage);
-    std::swap(shown_, items_);
+    draw(target, damage);
     return rects_;
 }
 
@@ -113,7 +116,7 @@ void ScenePainter::draw(const RenderTarget& target, const TileMask& damage) {
         if (!batch_.empty()) drawBatch(target, clip, style);
         batch_.clear();
     };
-    for (const Item& item : items_) {
+    for (const Item& item : shown_) {
         if (item.style != style) flush(whole);
         style = item.style;
         if (damage.coversAll(item.bounds)) {

@@ -44,8 +44,8 @@ class ScenePainter {
     double pixelsPerPoint_ = 1;
     std::uint64_t heartbeats_ = 0;
     std::vector<Style> styles_;
-    std::vector<Item> items_;  // of this frame, in drawing order
-    std::vector<Item> shown_;  // of the last one
+    std::vector<Item> items_;  // being collected for the next frame, in drawing order
+    std::vector<Item> shown_;  // of the last frame
     std::vector<Instance> batch_;
     std::vector<PixelRect> rects_;
 };

@@ -4,7 +4,9 @@
 #include <xcb/shape.h>
 #include <xcb/xfixes.h>
 
+#include <algorithm>
 #include <array>
+#include <climits>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -40,11 +42,13 @@ X11Window::X11Window(AsioRunLoop& runLoop, X11Connection& connection, X11Outputs
     refreshClock_.emplace(runLoop_, connection_, window_, [this] {
         if (handlers_.refresh) handlers_.refresh();
     });
-    frame_ = std::make_unique<X11Buffer>(connection_, PixelSize{rect_.width, rect_.height});
+    resetSlots();
     compositorChanged();
     connection_.addEventHandler([this](const xcb_generic_event_t& event) { handle(event); });
     connection_.setIdleHandler([this] {
-        if (frame_->pollFence() || (opaque_ && opaque_->pollFence())) becomeReady();
+        bool drawn = opaque_ && opaque_->pollFence();
+        for (const Slot& slot : slots_) drawn |= slot.buffer && slot.buffer->pollFence();
+        if (drawn) becomeReady();
     });
     outputs_.addChangeHandler([this] { mainScreenChanged(); });
 }
@@ -130,27 +134,53 @@ void X11Window::setFrameHandlers(FrameHandlers handlers) {
     handlers_ = std::move(handlers);
 }
 
+void X11Window::resetSlots() {
+    slots_ = {};
+    slots_[0].buffer =
+        std::make_unique<X11Buffer>(connection_, PixelSize{rect_.width, rect_.height});
+    latest_ = 0;
+    frames_ = 0;
+}
+
+// The one with the last frame, where only the latest changes are missing; else the other; none is
+// free: their number.
+std::size_t X11Window::freeSlot() const {
+    const std::size_t other = slots_.size() - 1 - latest_;
+    for (const std::size_t slot : {latest_, other}) {
+        if (!slots_[slot].buffer || !slots_[slot].buffer->beingRead()) return slot;
+    }
+    return slots_.size();
+}
+
 bool X11Window::readyForFrame() const {
-    return !frame_->beingRead() && !(opaque_ && opaque_->beingRead());
+    return freeSlot() < slots_.size() && !(opaque_ && opaque_->beingRead());
 }
 
 Frame X11Window::beginFrame() {
-    // A fresh buffer and a fresh window are both transparent: they agree.
-    return {frame_->pixels(), rect_.width, frame_->size(), 1};
+    drawing_ = freeSlot();
+    Slot& slot = slots_[drawing_];
+    const PixelSize size{rect_.width, rect_.height};
+    if (!slot.buffer) slot.buffer = std::make_unique<X11Buffer>(connection_, size);
+    // A new buffer is as empty as the window was at first, so its age is counted from there.
+    const auto age = static_cast<int>(std::min<std::uint64_t>(frames_ + 1 - slot.frame, INT_MAX));
+    return {slot.buffer->pixels(), size.width, size, age};
 }
 
 void X11Window::commitFrame(std::span<const PixelRect> damage) {
     anythingShown_ = true;
+    latest_ = drawing_;
+    slots_[latest_].frame = ++frames_;
     show(damage);
 }
 
 void X11Window::show(std::span<const PixelRect> damage) {
+    X11Buffer& frame = *slots_[latest_].buffer;
     if (composited_) {
-        frame_->put(window_, gc_, damage);
+        frame.put(window_, gc_, damage);
         return;
     }
-    if (!frame_->pixels() || !opaque_->pixels()) return;
-    cutout_->update(frame_->pixels(), opaque_->pixels(), damage);
+    if (!frame.pixels() || !opaque_->pixels()) return;
+    cutout_->update(frame.pixels(), opaque_->pixels(), damage);
     const auto shape = toXcb(cutout_->runs());
     const auto cutting = xcb_shape_rectangles(
         connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
@@ -175,7 +205,9 @@ void X11Window::becomeReady() {
 void X11Window::handle(const xcb_generic_event_t& event) {
     const int type = event.response_type & 0x7f;
     refreshClock_->handle(event);
-    if (frame_->handle(event) || (opaque_ && opaque_->handle(event))) becomeReady();
+    bool read = opaque_ && opaque_->handle(event);
+    for (const Slot& slot : slots_) read |= slot.buffer && slot.buffer->handle(event);
+    if (read) becomeReady();
     handleStacking(event, type);
     if (type == XCB_EXPOSE) exposed(reinterpret_cast<const xcb_expose_event_t&>(event));
     const bool selectionChanged =
@@ -188,7 +220,8 @@ void X11Window::exposed(const xcb_expose_event_t& event) {
     const bool byCutting = !composited_ && event.sequence == cutting_;
     if (!anythingShown_ || byCutting) return;
     const PixelRect rect{event.x, event.y, event.width, event.height};
-    (composited_ ? frame_ : opaque_)->put(window_, gc_, std::span(&rect, 1));
+    X11Buffer& shown = composited_ ? *slots_[latest_].buffer : *opaque_;
+    shown.put(window_, gc_, std::span(&rect, 1));
 }
 
 void X11Window::handleStacking(const xcb_generic_event_t& event, int type) {
@@ -226,8 +259,7 @@ void X11Window::mainScreenChanged() {
                                  XCB_CONFIG_WINDOW_HEIGHT,
                              values.data());
         if (resized) {
-            const PixelSize size{rect.width, rect.height};
-            frame_ = std::make_unique<X11Buffer>(connection_, size);
+            resetSlots();
             anythingShown_ = false;
             composited_ = !compositorRuns();  // makes what follows set everything up again
         }

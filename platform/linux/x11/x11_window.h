@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -45,6 +47,8 @@ class X11Window final : public Window {
     void compositorChanged();
     [[nodiscard]] bool compositorRuns() const;
     void becomeReady();
+    [[nodiscard]] std::size_t freeSlot() const;
+    void resetSlots();
     void show(std::span<const PixelRect> damage);
     void showAll();
 
@@ -63,7 +67,16 @@ class X11Window final : public Window {
     std::unique_ptr<Timer> raiseTimer_;
     PixelRect rect_;
     std::optional<RefreshClock> refreshClock_;
-    std::unique_ptr<X11Buffer> frame_;
+    // Usually the first serves alone: the server copies from it, so it holds the last frame. The
+    // second is made when a frame is wanted while the server still reads the first.
+    struct Slot {
+        std::unique_ptr<X11Buffer> buffer;
+        std::uint64_t frame = 0;  // the one it holds; 0 is the empty screen
+    };
+    std::array<Slot, 2> slots_;
+    std::size_t latest_ = 0;   // slot of the last committed frame
+    std::size_t drawing_ = 0;  // slot of the frame that was begun
+    std::uint64_t frames_ = 0;
     bool anythingShown_ = false;
     // Only while no compositor runs.
     std::unique_ptr<Cutout> cutout_;

@@ -144,6 +144,36 @@ TEST_F(ScenePainting, FramesDrawnByDamageEqualFramesDrawnWhole) {
     }
 }
 
+TEST_F(ScenePainting, FramesDrawnIntoTwoBuffersOfAnyAgeEqualFramesDrawnWhole) {
+    launch();
+    std::minstd_rand random(5);
+    const auto pick = [&](int n) { return static_cast<double>(random() % n); };
+    const PixelSize size = screen.pixels();
+    std::vector<std::uint32_t> buffers[2] = {
+        std::vector<std::uint32_t>(windowServer.pixels().size()),
+        std::vector<std::uint32_t>(windowServer.pixels().size())};
+    int lastFrame[2] = {0, 0};
+    ScenePainter painter;
+    int frames = 0;
+    for (int step = 0; step < 300; ++step) {
+        const auto finger = static_cast<FingerId>(1 + random() % 3);
+        if (random() % 3 == 0) {
+            canvas().skv_liftTouch(finger);
+        } else if (random() % 2 == 0) {
+            canvas().skv_handleTouch(finger, {pick(390), pick(844)});
+        }
+        lastRefresh = loop.mach_absolute_time();
+        scene().expire(lastRefresh);
+        const std::size_t slot = random() % 2;
+        const Frame frame{buffers[slot].data(), size.width, size, frames + 1 - lastFrame[slot]};
+        if (painter.paint(scene(), frame, screen.scale(), lastRefresh).empty()) continue;
+        lastFrame[slot] = ++frames;
+        ASSERT_EQ(buffers[slot], freshlyPainted()) << "step " << step;
+        if (random() % 2 == 0) advance(0.1);
+    }
+    EXPECT_GT(frames, 100);
+}
+
 TEST_F(ScenePainting, AMarkerIsCentredOnItsTouchAtEveryScale) {
     for (const double scale : {1.0, 1.5, 2.0}) {
         windowServer.resize();
