@@ -7,6 +7,9 @@ namespace skavlo {
 class HeadlessWindowServer::HeadlessWindow final : public Window {
   public:
     explicit HeadlessWindow(HeadlessWindowServer& server) : server_(server) {}
+    ~HeadlessWindow() override { server_.handlers_ = {}; }
+    HeadlessWindow(const HeadlessWindow&) = delete;
+    HeadlessWindow& operator=(const HeadlessWindow&) = delete;
 
     [[nodiscard]] std::uint32_t contextId() const override { return kContextId; }
     void setHidden(bool hidden) override {
