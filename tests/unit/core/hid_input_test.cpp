@@ -194,12 +194,13 @@ TEST_F(HidCallback, AParentThatTouchesNothingDeliversItsChildrenFirstAndThenLift
 
 TEST_F(HidCallback, ATouchQueuedWhenTheCanvasGoesAwayIsForgotten) {
     launch();
+    const int before = windowServer.frames();
     hidClient.deliver(parent(1, {child(1, 1)}));
     g_skv_overlayAppDelegate->canvasVC.reset();
     hidClient.deliver(parent(1, {child(2, 1)}));
     g_skv_overlayAppDelegate->window.reset();
     loop.runPosted();
-    SUCCEED();
+    EXPECT_EQ(windowServer.frames(), before);
 }
 
 }  // namespace
