@@ -6,7 +6,7 @@
 #include <asio/post.hpp>
 #include <utility>
 
-#include "platform/linux/input/xcb_reply.h"
+#include "platform/linux/xcb_reply.h"
 
 namespace skavlo {
 

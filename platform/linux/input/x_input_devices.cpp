@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/input/xcb_reply.h"
+#include "platform/linux/xcb_reply.h"
 
 namespace skavlo {
 

@@ -16,7 +16,7 @@ RefreshClock::RefreshClock(AsioRunLoop& runLoop, X11Connection& connection, xcb_
     auto* c = connection_.get();
     const auto* extension = connection_.extension(xcb_present_id);
     if (!extension) return;
-    const XcbPtr<xcb_present_query_version_reply_t> version(
+    const XcbReply<xcb_present_query_version_reply_t> version(
         xcb_present_query_version_reply(c, xcb_present_query_version(c, 1, 0), nullptr));
     if (!version) return;
     presentOpcode_ = extension->major_opcode;

@@ -38,7 +38,7 @@ bool X11Buffer::attachShared() {
     auto* c = connection_.get();
     const auto* extension = connection_.isLocal() ? connection_.extension(xcb_shm_id) : nullptr;
     if (!extension) return false;
-    const XcbPtr<xcb_shm_query_version_reply_t> version(
+    const XcbReply<xcb_shm_query_version_reply_t> version(
         xcb_shm_query_version_reply(c, xcb_shm_query_version(c), nullptr));
     const bool takesDescriptors =
         version && (version->major_version > 1 ||
@@ -49,7 +49,7 @@ bool X11Buffer::attachShared() {
     void* address = mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);
     if (address == MAP_FAILED) return false;
     segment_ = xcb_generate_id(c);
-    const XcbPtr<xcb_generic_error_t> refused(
+    const XcbReply<xcb_generic_error_t> refused(
         xcb_request_check(c, xcb_shm_attach_fd_checked(c, segment_, memory.release(), 1)));
     if (refused) {
         munmap(address, bytes_);

@@ -57,7 +57,7 @@ const xcb_query_extension_reply_t* X11Connection::extension(xcb_extension_t& ext
 xcb_atom_t X11Connection::atom(const char* name) const {
     const auto cookie =
         xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-    const XcbPtr<xcb_intern_atom_reply_t> reply(
+    const XcbReply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(connection_, cookie, nullptr));
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
@@ -86,7 +86,7 @@ void X11Connection::wait() {
 }
 
 void X11Connection::pump() {
-    while (XcbPtr<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
+    while (XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
         if (event->response_type == 0) continue;  // the error of an unchecked request
         for (const EventHandler& handler : handlers_) handler(*event);
     }

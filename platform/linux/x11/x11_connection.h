@@ -11,16 +11,10 @@
 #include <vector>
 
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/xcb_reply.h"
 #include "platform/result.h"
 
 namespace skavlo {
-
-struct FreeDeleter {
-    void operator()(void* memory) const { std::free(memory); }
-};
-// A reply, an event or an error from the server.
-template <typename T>
-using XcbPtr = std::unique_ptr<T, FreeDeleter>;
 
 // One connection to the X server, read by the run loop. Requests that fail unnoticed are harmless:
 // their errors are dropped.

@@ -16,7 +16,7 @@ std::string resources(const X11Connection& connection) {
     constexpr std::uint32_t kLargest = 1U << 16U;  // in units of 4 bytes
     const auto cookie = xcb_get_property(connection.get(), 0, connection.root(),
                                          XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 0, kLargest);
-    const XcbPtr<xcb_get_property_reply_t> reply(
+    const XcbReply<xcb_get_property_reply_t> reply(
         xcb_get_property_reply(connection.get(), cookie, nullptr));
     if (!reply) return {};
     return {static_cast<const char*>(xcb_get_property_value(reply.get())),
@@ -58,7 +58,7 @@ X11Outputs::X11Outputs(X11Connection& connection) : connection_(connection) {
     xcb_change_window_attributes(connection_.get(), connection_.root(), XCB_CW_EVENT_MASK, &mask);
     if (const auto* randr = connection_.extension(xcb_randr_id)) {
         randrEvent_ = randr->first_event;
-        const XcbPtr<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
+        const XcbReply<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
             connection_.get(), xcb_randr_query_version(connection_.get(), 1, 3), nullptr));
         xcb_randr_select_input(connection_.get(), connection_.root(),
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE |
@@ -88,7 +88,7 @@ void X11Outputs::handle(const xcb_generic_event_t& event) {
 void X11Outputs::update() {
     OutputLayout layout;
     layout.scale = scaleFromResources(resources(connection_));
-    const XcbPtr<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(
+    const XcbReply<xcb_get_geometry_reply_t> root(xcb_get_geometry_reply(
         connection_.get(), xcb_get_geometry(connection_.get(), connection_.root()), nullptr));
     layout.desktop = root ? PixelSize{root->width, root->height}
                           : PixelSize{connection_.screen().width_in_pixels,
@@ -100,19 +100,19 @@ void X11Outputs::update() {
 void X11Outputs::readRandr(OutputLayout& layout) {
     auto* c = connection_.get();
     const auto primaryCookie = xcb_randr_get_output_primary(c, connection_.root());
-    const XcbPtr<xcb_randr_get_screen_resources_current_reply_t> all(
+    const XcbReply<xcb_randr_get_screen_resources_current_reply_t> all(
         xcb_randr_get_screen_resources_current_reply(
             c, xcb_randr_get_screen_resources_current(c, connection_.root()), nullptr));
-    const XcbPtr<xcb_randr_get_output_primary_reply_t> primary(
+    const XcbReply<xcb_randr_get_output_primary_reply_t> primary(
         xcb_randr_get_output_primary_reply(c, primaryCookie, nullptr));
     if (!all) return;
     const auto* outputs = xcb_randr_get_screen_resources_current_outputs(all.get());
     const int count = xcb_randr_get_screen_resources_current_outputs_length(all.get());
     for (int i = 0; i < count; ++i) {
-        const XcbPtr<xcb_randr_get_output_info_reply_t> info(xcb_randr_get_output_info_reply(
+        const XcbReply<xcb_randr_get_output_info_reply_t> info(xcb_randr_get_output_info_reply(
             c, xcb_randr_get_output_info(c, outputs[i], all->config_timestamp), nullptr));
         if (!info || info->crtc == XCB_NONE) continue;
-        const XcbPtr<xcb_randr_get_crtc_info_reply_t> crtc(xcb_randr_get_crtc_info_reply(
+        const XcbReply<xcb_randr_get_crtc_info_reply_t> crtc(xcb_randr_get_crtc_info_reply(
             c, xcb_randr_get_crtc_info(c, info->crtc, all->config_timestamp), nullptr));
         if (!crtc || crtc->width == 0 || crtc->height == 0) continue;
         OutputInfo output;

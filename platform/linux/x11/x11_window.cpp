@@ -98,7 +98,7 @@ void X11Window::makeClickThrough() {
     const auto* fixes = connection_.extension(xcb_xfixes_id);
     if (!fixes) return;
     fixesEvent_ = fixes->first_event;
-    const XcbPtr<xcb_xfixes_query_version_reply_t> version(
+    const XcbReply<xcb_xfixes_query_version_reply_t> version(
         xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 5, 0), nullptr));
     const xcb_xfixes_region_t nothing = xcb_generate_id(c);
     xcb_xfixes_create_region(c, nothing, 0, nullptr);
@@ -269,7 +269,7 @@ void X11Window::mainScreenChanged() {
 }
 
 bool X11Window::compositorRuns() const {
-    const XcbPtr<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
         connection_.get(), xcb_get_selection_owner(connection_.get(), compositorSelection_),
         nullptr));
     return owner && owner->owner != XCB_NONE;
