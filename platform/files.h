@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -10,6 +11,8 @@ class Files {
     virtual ~Files() = default;
     // Bytes of a regular file of at most 16 MiB; none when it cannot be read.
     [[nodiscard]] virtual std::optional<std::string> read(const std::string& path) const = 0;
+    // Bytes of a regular file that can be opened for reading, whatever their number; else none.
+    [[nodiscard]] virtual std::optional<std::uint64_t> sizeOf(const std::string& path) const = 0;
     // Old or new contents, whole, whatever happens meanwhile.
     virtual bool writeAtomically(const std::string& path, const std::string& contents) = 0;
     [[nodiscard]] virtual bool fileExistsAtPath(const std::string& path) const = 0;

@@ -15,4 +15,11 @@ class Clock {
     [[nodiscard]] virtual MachTime mach_absolute_time() const = 0;
 };
 
+// Time of day.
+class WallClock {
+  public:
+    virtual ~WallClock() = default;
+    [[nodiscard]] virtual double timeIntervalSince1970() const = 0;  // seconds
+};
+
 }  // namespace skavlo

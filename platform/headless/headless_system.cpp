@@ -22,6 +22,11 @@ std::optional<std::string> HeadlessFiles::read(const std::string& path) const {
     return it == files_.end() ? std::nullopt : std::optional(it->second.contents);
 }
 
+std::optional<std::uint64_t> HeadlessFiles::sizeOf(const std::string& path) const {
+    const auto it = files_.find(path);
+    return it == files_.end() ? std::nullopt : std::optional(it->second.contents.size());
+}
+
 bool HeadlessFiles::writeAtomically(const std::string& path, const std::string& contents) {
     files_[path] = {contents, ++lastVersion_};
     return true;

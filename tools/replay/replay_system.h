@@ -24,6 +24,10 @@ class ReplayFiles final : public Files {
     [[nodiscard]] std::optional<std::string> read(const std::string& path) const override {
         return path == path_ ? contents_ : files_.read(path);
     }
+    [[nodiscard]] std::optional<std::uint64_t> sizeOf(const std::string& path) const override {
+        if (path != path_) return files_.sizeOf(path);
+        return contents_ ? std::optional(contents_->size()) : std::nullopt;
+    }
     bool writeAtomically(const std::string& /*path*/, const std::string& /*contents*/) override {
         return false;
     }

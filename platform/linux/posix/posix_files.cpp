@@ -27,15 +27,19 @@ bool writeAll(int descriptor, const std::string& contents) {
     return true;
 }
 
+// Without waiting for anything; an empty descriptor when it is not a regular file.
+UniqueDescriptor openRegular(const std::string& path, struct stat& status) {
+    UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) return file;
+    return UniqueDescriptor();
+}
+
 }  // namespace
 
 std::optional<std::string> PosixFiles::read(const std::string& path) const {
-    const UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
-    if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        status.st_size > kLargestFile) {
-        return std::nullopt;
-    }
+    const UniqueDescriptor file = openRegular(path, status);
+    if (!file || status.st_size > kLargestFile) return std::nullopt;
     std::string contents(static_cast<std::size_t>(status.st_size), '\0');
     std::size_t done = 0;
     while (done < contents.size()) {
@@ -47,6 +51,12 @@ std::optional<std::string> PosixFiles::read(const std::string& path) const {
     }
     contents.resize(done);
     return contents;
+}
+
+std::optional<std::uint64_t> PosixFiles::sizeOf(const std::string& path) const {
+    struct stat status {};
+    if (!openRegular(path, status)) return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_size);
 }
 
 // Not synced to the disk: a process that dies at any moment leaves the old file or the new one, and

@@ -9,6 +9,7 @@ namespace skavlo {
 class PosixFiles final : public Files {
   public:
     [[nodiscard]] std::optional<std::string> read(const std::string& path) const override;
+    [[nodiscard]] std::optional<std::uint64_t> sizeOf(const std::string& path) const override;
     bool writeAtomically(const std::string& path, const std::string& contents) override;
     [[nodiscard]] bool fileExistsAtPath(const std::string& path) const override;
     [[nodiscard]] std::string versionOf(const std::string& path) const override;

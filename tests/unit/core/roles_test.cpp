@@ -37,6 +37,9 @@ class RecordingFiles final : public Files {
     [[nodiscard]] std::optional<std::string> read(const std::string& path) const override {
         return files.read(path);
     }
+    [[nodiscard]] std::optional<std::uint64_t> sizeOf(const std::string& path) const override {
+        return files.sizeOf(path);
+    }
     bool writeAtomically(const std::string& path, const std::string& contents) override {
         log_.push_back("write " + path + ' ' + contents);
         return files.writeAtomically(path, contents);
