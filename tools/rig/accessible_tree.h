@@ -1,0 +1,54 @@
+// A program's user interface as assistive technology sees it: what is there, where, and in which
+// state.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/geometry.h"
+#include "platform/result.h"
+#include "tools/rig/wait.h"
+
+namespace skavlo::rig {
+
+struct AccessibleItem {
+    std::string role;  // "push button", "slider", "check box" ...
+    std::string name;
+    std::string description;
+    std::string text;   // of a text field
+    PixelRect extents;  // on the screen
+    std::optional<double> value;
+    std::vector<std::string> actions;
+    bool checked = false;
+    bool enabled = false;
+    bool focused = false;
+    bool focusable = false;
+    bool showing = false;
+
+    [[nodiscard]] PixelPoint center() const {
+        return {extents.x + extents.width / 2, extents.y + extents.height / 2};
+    }
+};
+
+// Uses the message bus of this process's environment, which must not change afterwards.
+class AccessibleTree {
+  public:
+    // Waits until the program with this name is there.
+    static Result<AccessibleTree> open(const std::string& application, const Deadline& deadline);
+
+    // Everything below the program, parents before children; read afresh each time.
+    [[nodiscard]] std::vector<AccessibleItem> items() const;
+    // The first one with this role and name.
+    [[nodiscard]] std::optional<AccessibleItem> find(const std::string& role,
+                                                     const std::string& name) const;
+
+  private:
+    explicit AccessibleTree(std::shared_ptr<void> application)
+        : application_(std::move(application)) {}
+
+    std::shared_ptr<void> application_;
+};
+
+}  // namespace skavlo::rig

@@ -1,0 +1,30 @@
+// A message bus of our own, so that programs under test meet neither the user's desktop nor each
+// other's.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/result.h"
+#include "tools/rig/child.h"
+
+namespace skavlo::rig {
+
+class SessionBus {
+  public:
+    // `environment` reaches the services that the bus starts: where the display is, for example.
+    static Result<SessionBus> start(const std::vector<std::string>& environment);
+
+    // What a client's environment needs, as NAME=VALUE.
+    [[nodiscard]] std::string environment() const { return "DBUS_SESSION_BUS_ADDRESS=" + address_; }
+    void enterEnvironment() const;
+
+  private:
+    SessionBus(Child process, std::string address)
+        : process_(std::move(process)), address_(std::move(address)) {}
+
+    Child process_;
+    std::string address_;
+};
+
+}  // namespace skavlo::rig
