@@ -15,7 +15,6 @@ namespace {
 
 using OverlayControl = SettingsRig;
 
-constexpr const char* kSwitch = "check box";
 constexpr const char* kEnable = "开启 Skavlo";
 constexpr const char* kRecordOnly = "仅录屏显示";
 
@@ -41,34 +40,34 @@ class ReloadCounter {
 
 TEST_F(OverlayControl, SwitchingOnStartsTheOverlayAndTheSwitchStaysOn) {
     ASSERT_NO_FATAL_FAILURE(open());
-    EXPECT_FALSE(item(kSwitch, kEnable).checked);
-    click(kSwitch, kEnable);
+    EXPECT_FALSE(item(rig::kSwitchRole, kEnable).checked);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     EXPECT_EQ(overlayProcesses(), 1);
     ASSERT_TRUE(probesPass(2));
-    EXPECT_TRUE(item(kSwitch, kEnable).checked);
+    EXPECT_TRUE(item(rig::kSwitchRole, kEnable).checked);
 }
 
 TEST_F(OverlayControl, TheOverlayLeadsAProcessGroupOfItsOwn) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     EXPECT_EQ(getpgid(*overlayPid()), *overlayPid());
 }
 
 TEST_F(OverlayControl, SwitchingOffEndsTheOverlayAndItsFile) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     EXPECT_TRUE(overlayGoes());
     EXPECT_FALSE(std::filesystem::exists(pidFile()));
-    EXPECT_FALSE(item(kSwitch, kEnable).checked);
+    EXPECT_FALSE(item(rig::kSwitchRole, kEnable).checked);
 }
 
 TEST_F(OverlayControl, AKilledOverlayTurnsTheSwitchOff) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     ASSERT_TRUE(probesPass(1));
     kill(*overlayPid(), SIGKILL);
@@ -84,13 +83,12 @@ TEST_F(OverlayControl, AnOverlayThatRunsAlreadyTurnsTheSwitchOn) {
 
 TEST_F(OverlayControl, OnOffOnInQuickSuccessionLeavesExactlyOneOverlay) {
     ASSERT_NO_FATAL_FAILURE(open());
-    const PixelPoint place = scrolledTo(kSwitch, kEnable).center();
-    for (int i = 0; i < 3; ++i) ASSERT_TRUE(pointer().click(place));
+    for (int i = 0; i < 3; ++i) click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     // All three requests are done once a probe has been let through behind them.
     ASSERT_TRUE(probesPass(1));
     EXPECT_EQ(overlayProcesses(), 1);
-    EXPECT_TRUE(item(kSwitch, kEnable).checked);
+    EXPECT_TRUE(item(rig::kSwitchRole, kEnable).checked);
 }
 
 TEST_F(OverlayControl, AFailedStartTurnsTheSwitchBack) {
@@ -104,7 +102,7 @@ TEST_F(OverlayControl, AFailedStartTurnsTheSwitchBack) {
         std::filesystem::create_symlink(built.parent_path() / needed, lame / needed);
     }
     ASSERT_NO_FATAL_FAILURE(open(lame / "skavlo"));
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     EXPECT_TRUE(switchBecomes(kEnable, true));
     EXPECT_TRUE(switchBecomes(kEnable, false));
     std::filesystem::remove_all(lame);
@@ -112,23 +110,23 @@ TEST_F(OverlayControl, AFailedStartTurnsTheSwitchBack) {
 
 TEST_F(OverlayControl, RecordOnlyOffHidesFirstAndChangesTheModeLater) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kRecordOnly);
+    click(rig::kSwitchRole, kRecordOnly);
     ASSERT_TRUE(settingBecomes("onlyShowInRecord", true));
     EXPECT_EQ(settings()["forceHide"], PropertyValue(false));
-    click(kSwitch, kRecordOnly);
+    click(rig::kSwitchRole, kRecordOnly);
     ASSERT_TRUE(settingBecomes("forceHide", true));
     EXPECT_EQ(settings()["onlyShowInRecord"], PropertyValue(true));
-    EXPECT_FALSE(item(kSwitch, kRecordOnly).enabled);
+    EXPECT_FALSE(item(rig::kSwitchRole, kRecordOnly).enabled);
     ASSERT_TRUE(settingBecomes("onlyShowInRecord", false));
     EXPECT_EQ(settings()["forceHide"], PropertyValue(false));
-    EXPECT_TRUE(item(kSwitch, kRecordOnly).enabled);
+    EXPECT_TRUE(item(rig::kSwitchRole, kRecordOnly).enabled);
 }
 
 TEST_F(OverlayControl, ClosingTheWindowWhileRecordOnlyIsTurnedOffStillFinishesIt) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kRecordOnly);
+    click(rig::kSwitchRole, kRecordOnly);
     ASSERT_TRUE(settingBecomes("onlyShowInRecord", true));
-    click(kSwitch, kRecordOnly);
+    click(rig::kSwitchRole, kRecordOnly);
     ASSERT_TRUE(settingBecomes("forceHide", true));
     close();
     EXPECT_EQ(settings()["onlyShowInRecord"], PropertyValue(false));
@@ -138,12 +136,12 @@ TEST_F(OverlayControl, ClosingTheWindowWhileRecordOnlyIsTurnedOffStillFinishesIt
 TEST_F(OverlayControl, ChangesNotifyOnlyWhileTheOverlayIsOn) {
     ReloadCounter reloads;
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, "单指显示");
+    click(rig::kSwitchRole, "单指显示");
     ASSERT_TRUE(settingBecomes("singleFingerMode", true));
     EXPECT_EQ(reloads.count(), 0);
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
-    click(kSwitch, "多指显示");
+    click(rig::kSwitchRole, "多指显示");
     ASSERT_TRUE(settingBecomes("singleFingerMode", 0));
     // The notification follows the write; a probe follows both.
     ASSERT_TRUE(probesPass(1));
@@ -152,7 +150,7 @@ TEST_F(OverlayControl, ChangesNotifyOnlyWhileTheOverlayIsOn) {
 
 TEST_F(OverlayControl, TheOverlayOutlivesTheSettingsApplication) {
     ASSERT_NO_FATAL_FAILURE(open());
-    click(kSwitch, kEnable);
+    click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     close();
     EXPECT_TRUE(overlayPid());

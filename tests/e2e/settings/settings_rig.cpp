@@ -49,78 +49,32 @@ void SettingsRig::open() {
 void SettingsRig::open(const std::string& executable) {
     ASSERT_NO_FATAL_FAILURE(startServer({.sizes = {kDesktop}}));
     ASSERT_NO_FATAL_FAILURE(startCompositor());
-    auto environment = server_->environment();
-    environment.emplace_back("WAYLAND_DISPLAY");
-    auto bus = rig::SessionBus::start(environment);
-    ASSERT_TRUE(bus) << bus.error().message;
-    bus_ = std::move(*bus);
-    bus_->enterEnvironment();
-    environment.push_back(bus_->environment());
-    environment.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
-    pointer_.emplace(display());
-    auto application = rig::Child::start({{executable}, environment, {}, -1});
+    auto application = rig::SettingsApplication::start(*server_, display(), executable);
     ASSERT_TRUE(application) << application.error().message;
     application_ = std::move(*application);
-    auto tree = rig::AccessibleTree::open("skavlo", rig::Deadline(kPatience));
-    ASSERT_TRUE(tree) << tree.error().message;
-    tree_ = std::move(*tree);
-    // Behind the splash nothing can be clicked.
-    ASSERT_TRUE(becomesTrue([this] { return !tree_->find("animation", "Skavlo"); }, kPatience));
 }
 
 void SettingsRig::close() {
-    application_->signal(SIGTERM);
-    EXPECT_TRUE(application_->wait(rig::Deadline(kPatience)));
+    application().process().signal(SIGTERM);
+    EXPECT_TRUE(application().process().wait(rig::Deadline(kPatience)));
     application_.reset();
 }
 
 rig::AccessibleItem SettingsRig::item(const std::string& role, const std::string& name) {
-    std::optional<rig::AccessibleItem> found;
-    EXPECT_TRUE(becomesTrue(
-        [&] {
-            found = tree_->find(role, name);
-            return found && found->showing;
-        },
-        kPatience))
-        << "there is no " << role << " \"" << name << '"';
+    const auto found = application().waitFor(role, name, rig::Deadline(kPatience));
+    EXPECT_TRUE(found) << "there is no " << role << " \"" << name << '"';
     return found.value_or(rig::AccessibleItem{});
 }
 
-rig::AccessibleItem SettingsRig::scrolledTo(const std::string& role, const std::string& name) {
-    constexpr int kMargin = 60;  // clear of the bars at both ends
-    rig::AccessibleItem found = item(role, name);
-    const rig::Deadline deadline(kPatience);
-    while (found.center().y < kMargin || found.center().y > kDesktop.height - 2 * kMargin) {
-        if (deadline.passed()) {
-            ADD_FAILURE() << '"' << name << "\" cannot be scrolled to";
-            break;
-        }
-        pointer().moveTo({195, 500});
-        const std::uint8_t wheel = found.center().y < kMargin ? rig::kWheelUp : rig::kWheelDown;
-        pointer().press(wheel);
-        pointer().release(wheel);
-        found = item(role, name);
-    }
-    // It may still be gliding.
-    rig::AccessibleItem before = found;
-    becomesTrue(
-        [&] {
-            before = found;
-            found = item(role, name);
-            return before.extents == found.extents;
-        },
-        kPatience);
-    return found;
-}
-
 void SettingsRig::click(const std::string& role, const std::string& name) {
-    EXPECT_TRUE(pointer().click(scrolledTo(role, name).center()));
+    EXPECT_TRUE(application().click(role, name, rig::Deadline(kPatience)))
+        << role << " \"" << name << "\" cannot be clicked";
 }
 
 bool SettingsRig::switchBecomes(const std::string& name, bool on) {
     return becomesTrue(
         [&] {
-            const auto found = tree_->find("check box", name);
+            const auto found = application().tree().find(rig::kSwitchRole, name);
             return found && found->checked == on;
         },
         kPatience);

@@ -8,9 +8,7 @@
 #include <vector>
 
 #include "tests/e2e/overlay/overlay_rig.h"
-#include "tools/rig/accessible_tree.h"
-#include "tools/rig/pointer.h"
-#include "tools/rig/session_bus.h"
+#include "tools/rig/settings_application.h"
 
 namespace skavlo {
 
@@ -28,16 +26,13 @@ class SettingsRig : public OverlayRig {
     // Ends the application as closing its window does.
     void close();
 
-    rig::Child& application() { return *application_; }
-    rig::Pointer& pointer() { return *pointer_; }
+    rig::SettingsApplication& application() { return *application_; }
 
     // Waits until the control is there; a failure when it does not come.
     rig::AccessibleItem item(const std::string& role, const std::string& name);
     void click(const std::string& role, const std::string& name);
     // Waits for the switch to be so.
     bool switchBecomes(const std::string& name, bool on);
-    // Scrolls until the control can be clicked.
-    rig::AccessibleItem scrolledTo(const std::string& role, const std::string& name);
 
     // What the file holds now; empty when it cannot be read.
     static PropertyDictionary settings();
@@ -52,10 +47,7 @@ class SettingsRig : public OverlayRig {
     // Processes of this build in the overlay's role.
     static int overlayProcesses();
 
-    std::optional<rig::SessionBus> bus_;
-    std::optional<rig::Pointer> pointer_;
-    std::optional<rig::Child> application_;
-    std::optional<rig::AccessibleTree> tree_;
+    std::optional<rig::SettingsApplication> application_;
 };
 
 }  // namespace skavlo
