@@ -1,6 +1,7 @@
 #include "tools/demo_session.h"
 
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -128,7 +129,7 @@ std::optional<Error> DemoSession::switchOverlayOn() {
         return Error{"the overlay did not come up"};
     }
     overlay_ = std::atoi(contents(SKAVLO_PID_FILE).value_or("").c_str());
-    overlayEnd_ = rig::FileDescriptor(pidfd_open(*overlay_, 0));
+    overlayEnd_ = rig::FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, *overlay_, 0)));
     if (!overlayEnd_.valid()) {
         overlay_.reset();
         return Error{"the overlay is gone again"};
