@@ -22,7 +22,7 @@ class RowSelection : public SettingsFixture {
         settings()["displayMode"] = mode;
         settings()["emojiShowBorder"] = border;
     }
-    const Strings nothing;
+    const Strings nothing{};
     const Strings restoreAlert{"alert 恢复设置"};
 };
 
