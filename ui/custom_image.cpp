@@ -20,7 +20,7 @@ void SettingsViewController::documentPicker(
     if (*size > kCustomImageByteLimit) {
         shrinkImage(path);
     } else if (const auto data = system_.files.read(path)) {
-        storeImage(*data);
+        storeImage(data);
     }
 }
 
@@ -32,15 +32,15 @@ void SettingsViewController::shrinkImage(const std::string& path) {
         whileAlive([this, import = std::weak_ptr<const bool>(import_)](const std::string& png) {
             if (import.expired()) return;
             endImport();
-            storeImage(png);
+            storeImage(png.empty() ? std::nullopt : std::optional(png));
         }));
 }
 
-void SettingsViewController::storeImage(const std::string& data) {
+// Without data, as of an image that could not be decoded, the old one goes and none takes its place.
+void SettingsViewController::storeImage(const std::optional<std::string>& data) {
     const std::string path = system_.directory.customImageFile();
     if (system_.files.fileExistsAtPath(path)) system_.files.unlink(path);
-    // No data: the image could not be decoded.
-    if (!data.empty()) system_.files.writeAtomically(path, data);
+    if (data) system_.files.writeAtomically(path, *data);
     skv_settings["imagePath"] = path;
     skv_saveSettingsAndNotify();
     auto reload = whileAlive([this] { skv_reloadTable(); });

@@ -158,7 +158,7 @@ class SettingsViewController {
     void presentRestoreAlert();
 
     void shrinkImage(const std::string& path);
-    void storeImage(const std::string& data);
+    void storeImage(const std::optional<std::string>& data);
     // A picture that is still being made smaller is dropped when it arrives.
     void endImport();
 

@@ -41,6 +41,13 @@ TEST_F(CustomImage, AFileUpToTheLimitIsStoredByteForByte) {
     EXPECT_EQ(count("importing"), 0);
 }
 
+TEST_F(CustomImage, AnEmptyFileIsStoredLikeAnyOther) {
+    load();
+    put("/empty", "");
+    controller->documentPicker({"/empty"});
+    EXPECT_EQ(image(), "");
+}
+
 TEST_F(CustomImage, IsStoredSavedAndConfirmedInThisOrder) {
     load();
     put(directory.customImageFile(), "old");
