@@ -95,13 +95,6 @@ TEST_F(CustomImage, AFileThatCannotBeReadChangesNothingSilently) {
     EXPECT_TRUE(log.events.empty());
 }
 
-TEST_F(CustomImage, AnEmptyFileIsAnImageWithoutData) {
-    load();
-    put("/photo", "");
-    controller->documentPicker({"/photo"});
-    EXPECT_EQ(log.whats(), Strings{"alert 成功"});
-}
-
 TEST_F(CustomImage, ALargerFileIsMadeSmaller) {
     load();
     put(directory.customImageFile(), "old");
