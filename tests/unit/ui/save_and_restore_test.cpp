@@ -206,6 +206,13 @@ TEST_F(Restore, EveryControlIsSuppressed) {
     EXPECT_TRUE(log.events.empty());
 }
 
+TEST_F(Restore, LoadingTheScreenEndsTheSuppression) {
+    load();
+    controller->skv_restoreDefaults();
+    controller->viewDidLoad();
+    EXPECT_FALSE(controller->skv_suppressControlActions);
+}
+
 TEST_F(Restore, ASecondRestoreStartsAHalfSecondOfItsOwn) {
     load();
     controller->skv_restoreDefaults();
