@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QStringList>
-#include <QtQml/qqmlregistration.h>
 #include <utility>
 
 #include "ui/alert.h"

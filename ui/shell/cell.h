@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 #include <functional>
 #include <memory>
 
@@ -31,7 +31,7 @@ class Cell : public QObject {
     Q_PROPERTY(bool highlighted READ isHighlighted NOTIFY highlightedChanged)
 
   public:
-    enum class TextColor { label, systemRed, systemBlue };
+    enum class TextColor { Label, SystemRed, SystemBlue };  // QML wants capitals
     Q_ENUM(TextColor)
     using Selection = std::function<void()>;
 

@@ -2,9 +2,9 @@
 // fading out can be touched without harm.
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 #include <memory>
 
 #include "ui/table_view_cell.h"
@@ -50,7 +50,9 @@ class SliderControl : public QObject {
     [[nodiscard]] double maximumValue() const { return row_->slider.maximumValue; }
     [[nodiscard]] double value() const { return row_->slider.value(); }
     [[nodiscard]] double fraction() const;
-    [[nodiscard]] QString valueText() const { return QString::fromStdString(row_->valueLabel.text); }
+    [[nodiscard]] QString valueText() const {
+        return QString::fromStdString(row_->valueLabel.text);
+    }
     Q_INVOKABLE void drag(double fraction);
     Q_INVOKABLE void endDrag();
     Q_INVOKABLE void minus();
@@ -93,6 +95,7 @@ class EmojiFieldControl : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the screen")
     Q_PROPERTY(QString text READ text NOTIFY changed)
+    Q_PROPERTY(bool editing READ isEditing NOTIFY editingChanged)
 
   public:
     EmojiFieldControl(std::shared_ptr<EmojiField> field, QObject* parent);

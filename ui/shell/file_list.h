@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 #include <QFileInfo>
 #include <QList>
-#include <QtQml/qqmlregistration.h>
 
 namespace skavlo {
 

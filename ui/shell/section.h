@@ -1,8 +1,8 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QAbstractListModel>
 #include <QList>
-#include <QtQml/qqmlregistration.h>
 #include <functional>
 #include <memory>
 

@@ -13,8 +13,6 @@ SettingsScreen::SettingsScreen(ScreenDesktop desktop)
 
 void SettingsScreen::setHeader(const ScreenHeader& header) {
     header_ = header;
-    texts_ =
-        textsIn([this](const char* zh, const char* en) { return controller_->L(zh, en); });
     emit headerChanged();
     setNavTitleAlpha(0);
 }
@@ -39,11 +37,14 @@ void SettingsScreen::setNavTitleAlpha(double alpha) {
 }
 
 void SettingsScreen::reloadData() {
+    texts_ = textsIn([this](const char* zh, const char* en) { return controller_->L(zh, en); });
+    emit textsChanged();
     while (sections_.size() < controller_->numberOfSections()) {
         sections_.append(new Section(this));
         if (sections_.size() == controller_->numberOfSections()) emit sectionsChanged();
     }
     for (int section = 0; section < sections_.size(); ++section) reload(section, false);
+    controller_->viewDidLayoutSubviews();
 }
 
 void SettingsScreen::reloadSection(int section) {
@@ -52,8 +53,9 @@ void SettingsScreen::reloadSection(int section) {
 
 void SettingsScreen::reload(int section, bool fades) {
     const auto title = controller_->titleForHeaderInSection(section);
-    sections_[section]->reload(title ? QString::fromStdString(*title) : QString(), fades,
-                               [this, section](SectionContent& content) { fill(section, content); });
+    sections_[section]->reload(
+        title ? QString::fromStdString(*title) : QString(), fades,
+        [this, section](SectionContent& content) { fill(section, content); });
 }
 
 void SettingsScreen::fill(int section, SectionContent& content) {
@@ -179,18 +181,27 @@ void SettingsScreen::chooseEmoji(const QString& emoji) {
 
 void SettingsScreen::closeSheet() {
     if (!colorPicker_ && !emojiSheet_ && !fileList_) return;
-    if (colorPicker_) colorPicker_->deleteLater();
-    if (fileList_) fileList_->deleteLater();
+    retire(colorPicker_ ? static_cast<QObject*>(colorPicker_) : fileList_);
     colorPicker_ = nullptr;
     emojiSheet_ = nullptr;
     fileList_ = nullptr;
     emit sheetChanged();
 }
 
+// QML shows it until it is out of sight; the next one's end is late enough.
+void SettingsScreen::retire(QObject* sheet) {
+    if (!sheet) return;
+    if (retired_) retired_->deleteLater();
+    retired_ = sheet;
+}
+
 QStringList SettingsScreen::emojis() {
-    return QStringLiteral("🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 🌈 ⭐ "
-                          "🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 🍓 🍊 🍋 🍒 🍑 🍩 🍪 😀 "
-                          "😂 😍 😎 🤖 👻 👽 🚀 👀")
+    return QStringLiteral(
+               "🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 🌈 "
+               "⭐ "
+               "🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 🍓 🍊 🍋 🍒 🍑 🍩 🍪 "
+               "😀 "
+               "😂 😍 😎 🤖 👻 👽 🚀 👀")
         .split(u' ');
 }
 

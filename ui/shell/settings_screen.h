@@ -1,10 +1,10 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -43,7 +43,7 @@ class SettingsScreen : public QObject, public SettingsView {
     Q_PROPERTY(QString aboutHtml READ aboutHtml NOTIFY headerChanged)
     Q_PROPERTY(QString aboutText READ aboutText NOTIFY headerChanged)
     Q_PROPERTY(QString channel READ channel NOTIFY headerChanged)
-    Q_PROPERTY(skavlo::Texts texts READ texts NOTIFY headerChanged)
+    Q_PROPERTY(skavlo::Texts texts READ texts NOTIFY textsChanged)
     Q_PROPERTY(double navTitleAlpha READ navTitleAlpha NOTIFY navTitleAlphaChanged)
     Q_PROPERTY(QList<skavlo::Section*> sections READ sections NOTIFY sectionsChanged)
     // Each of these is null while nothing of the kind is shown.
@@ -111,6 +111,7 @@ class SettingsScreen : public QObject, public SettingsView {
 
   signals:
     void headerChanged();
+    void textsChanged();
     void navTitleAlphaChanged();
     void sectionsChanged();
     void alertChanged();
@@ -125,6 +126,7 @@ class SettingsScreen : public QObject, public SettingsView {
     void watchEditing(EmojiFieldControl* field);
     void openFileList();
     void picked(const QString& path);
+    void retire(QObject* sheet);
 
     ScreenDesktop desktop_;
     SettingsViewController* controller_ = nullptr;
@@ -138,6 +140,7 @@ class SettingsScreen : public QObject, public SettingsView {
     QPointer<EmojiFieldControl> emojiSheet_;
     QPointer<ColorPicker> colorPicker_;
     QPointer<FileList> fileList_;
+    QPointer<QObject> retired_;
     SplashPlayer* splash_;
     bool picking_ = false;
     bool importing_ = false;
