@@ -39,7 +39,7 @@ std::optional<Colour> colourFromHex(const QString& text, double alpha) {
     if (!match.hasMatch()) return std::nullopt;
     QString digits = match.captured(1);
     if (digits.size() == 3) {
-        digits = QString{digits[0], digits[0], digits[1], digits[1], digits[2], digits[2]};
+        digits = QString::fromLatin1("%1%1%2%2%3%3").arg(digits[0]).arg(digits[1]).arg(digits[2]);
     }
     const auto component = [&digits](qsizetype at) {
         return digits.mid(at, 2).toInt(nullptr, 16) / 255.0;
