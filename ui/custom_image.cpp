@@ -31,7 +31,7 @@ void SettingsViewController::shrinkImage(const std::string& path) {
         path, shrinkFactors(), kCustomImageByteLimit,
         whileAlive([this, import = std::weak_ptr<const bool>(import_)](const std::string& png) {
             if (import.expired()) return;
-            abandonImport();
+            endImport();
             storeImage(png);
         }));
 }
@@ -52,8 +52,7 @@ void SettingsViewController::storeImage(const std::string& data) {
                       }}}});
 }
 
-// A picture that is still being made smaller is dropped when it arrives.
-void SettingsViewController::abandonImport() {
+void SettingsViewController::endImport() {
     if (!import_) return;
     import_.reset();
     view_.setImporting(false);

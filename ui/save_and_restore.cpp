@@ -19,7 +19,8 @@ void SettingsViewController::skv_saveSettingsAndNotify() {
 
 void SettingsViewController::skv_restoreDefaults() {
     skv_suppressControlActions = true;
-    abandonImport();
+    // What the user asked for last counts.
+    endImport();
     const std::string image = system_.directory.customImageFile();
     if (system_.files.fileExistsAtPath(image)) system_.files.unlink(image);
     skv_multiTouchSwitch->setOn(true, true);

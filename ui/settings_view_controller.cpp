@@ -61,8 +61,8 @@ void SettingsViewController::makeSwitches() {
 }
 
 std::shared_ptr<SKVFakeSwitch> SettingsViewController::makeSwitch(
-    bool on, void (SettingsViewController::*action)(SKVFakeSwitch&), int tag) {
-    auto result = std::make_shared<SKVFakeSwitch>(tag);
+    bool on, void (SettingsViewController::*action)(SKVFakeSwitch&)) {
+    auto result = std::make_shared<SKVFakeSwitch>();
     result->setOn(on);
     result->addTarget(whileAlive(std::bind_front(action, this)));
     return result;

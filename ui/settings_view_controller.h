@@ -141,7 +141,7 @@ class SettingsViewController {
     void loadSettings();
     void makeSwitches();
     [[nodiscard]] std::shared_ptr<SKVFakeSwitch> makeSwitch(
-        bool on, void (SettingsViewController::*action)(SKVFakeSwitch&), int tag = 0);
+        bool on, void (SettingsViewController::*action)(SKVFakeSwitch&));
     void observeApplication();
 
     [[nodiscard]] bool isWithinGracePeriod() const;
@@ -159,7 +159,8 @@ class SettingsViewController {
 
     void shrinkImage(const std::string& path);
     void storeImage(const std::string& data);
-    void abandonImport();
+    // A picture that is still being made smaller is dropped when it arrives.
+    void endImport();
 
     SettingsSystem& system_;
     SettingsView& view_;
