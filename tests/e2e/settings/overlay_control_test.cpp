@@ -76,7 +76,7 @@ TEST_F(OverlayControl, AKilledOverlayTurnsTheSwitchOff) {
 
 TEST_F(OverlayControl, AnOverlayThatRunsAlreadyTurnsTheSwitchOn) {
     ASSERT_NO_FATAL_FAILURE(open());
-    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    ASSERT_NO_FATAL_FAILURE(launchOverlay());
     EXPECT_TRUE(switchBecomes(kEnable, true));
     overlay().stop();
 }
