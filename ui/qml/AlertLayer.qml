@@ -64,6 +64,10 @@ Item {
         id: panel
         objectName: "alert"
 
+        function moveFocus(forward: bool) {
+            const item = alertLayer.Window.activeFocusItem.nextItemInFocusChain(forward);
+            item.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+        }
         function focusCancel() {
             const button = buttons.itemAt(alertLayer.alert ? alertLayer.alert.cancelIndex() : 0);
             if (button)
@@ -76,8 +80,8 @@ Item {
         opacity: alertLayer.shown
         scale: fadeOut.running ? 1 : 1.2 - 0.2 * alertLayer.shown
         Keys.onEscapePressed: alertLayer.alert.choose(alertLayer.alert.cancelIndex())
-        Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
-        Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+        Keys.onLeftPressed: moveFocus(false)
+        Keys.onRightPressed: moveFocus(true)
 
         Accessible.role: Accessible.AlertMessage
         Accessible.name: alertLayer.alert ? alertLayer.alert.title : ""
@@ -123,7 +127,7 @@ Item {
             color: Theme.separator
         }
 
-        Row {
+        Item {
             id: buttonRow
             y: message.y + message.height + 20
             width: parent.width
@@ -138,6 +142,7 @@ Item {
                     required property int index
 
                     objectName: "alertAction" + index
+                    x: index * width
                     width: buttonRow.width / Math.max(1, buttons.count)
                     height: 44
                     groundRadius: 8
@@ -147,6 +152,10 @@ Item {
                     weight: alertLayer.alert.isCancel(index) || buttons.count === 1 ? Font.Bold
                                                                                : Font.Normal
                     onClicked: alertLayer.alert.choose(index)
+                    Component.onCompleted: {
+                        if (index === alertLayer.alert.cancelIndex())
+                            forceActiveFocus(Qt.OtherFocusReason);
+                    }
 
                     FocusRing {
                         anchors.margins: 3

@@ -76,6 +76,7 @@ class ScreenSlider : public ScreenFixture {
 
 TEST_F(ScreenSlider, DragMovesValueAndLabelAndSavesAtItsEnd) {
     openAtSlider(6);
+    controller->skv_overlayEnabled = true;
     const QPoint start = thumb();
     QTest::mousePress(window.get(), Qt::LeftButton, {}, start);
     for (int x = 1; x <= 40; ++x) {
@@ -126,11 +127,11 @@ TEST_F(ScreenSlider, FingerBesideTheThumbScrollsTheTable) {
     const double offset = find("table")->property("contentY").toDouble();
     const QPoint start = thumb() + QPoint(50, 0);
     QTest::touchEvent(window.get(), finger).press(0, start);
-    for (int i = 1; i <= 10; ++i) {
-        QTest::touchEvent(window.get(), finger).move(0, start + QPoint(0, 8 * i));
+    for (int i = 1; i <= 30; ++i) {
+        QTest::touchEvent(window.get(), finger).move(0, start - QPoint(0, 8 * i));
     }
-    EXPECT_LT(find("table")->property("contentY").toDouble(), offset);
-    QTest::touchEvent(window.get(), finger).release(0, start + QPoint(0, 80));
+    EXPECT_GT(find("table")->property("contentY").toDouble(), offset);
+    QTest::touchEvent(window.get(), finger).release(0, start - QPoint(0, 240));
     settle();
     EXPECT_EQ(floatValue(lookUp(settings(), "colorSize")), 55.0F);
     EXPECT_EQ(count(kWrite), 0);

@@ -146,7 +146,7 @@ TEST_F(ScreenColorSheet, BarsAndHexSetTheColour) {
     openSheet();
     QQuickItem* red = find("redBar");
     const QRectF there = frameIn(red, window->contentItem());
-    QTest::mouseClick(window.get(), Qt::LeftButton, {}, QPoint(74, there.center().toPoint().y()));
+    QTest::mouseClick(window.get(), Qt::LeftButton, {}, QPoint(90, there.center().toPoint().y()));
     settle();
     EXPECT_EQ(fill().red(), 0);
     QQuickItem* hex = find("hexField");
@@ -237,7 +237,7 @@ TEST_F(ScreenFileList, ShowsFoldersAndImagesOnly) {
 TEST_F(ScreenFileList, KeyboardChoosesAnImage) {
     openList();
     files.files.writeAtomically(home.filePath("A.JPG").toStdString(), "picture");
-    EXPECT_EQ(window->activeFocusItem(), find("fileListView"));
+    EXPECT_TRUE(find("fileListView")->hasActiveFocus());
     key(Qt::Key_Down);
     key(Qt::Key_Down);
     key(Qt::Key_Return);
