@@ -197,9 +197,11 @@ void SettingsScreen::retire(QObject* sheet) {
 
 QStringList SettingsScreen::emojis() {
     return QStringLiteral(
-               "🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 🌈 "
+               "🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 "
+               "🌈 "
                "⭐ "
-               "🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 🍓 🍊 🍋 🍒 🍑 🍩 🍪 "
+               "🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 🍓 🍊 🍋 🍒 🍑 🍩 "
+               "🍪 "
                "😀 "
                "😂 😍 😎 🤖 👻 👽 🚀 👀")
         .split(u' ');
