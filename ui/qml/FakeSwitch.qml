@@ -13,6 +13,7 @@ Item {
     width: 51
     height: 31
     activeFocusOnTab: true
+    enabled: !control.loading
     Keys.onSpacePressed: control.tap()
     Keys.onReturnPressed: control.tap()
     Keys.onEnterPressed: control.tap()
@@ -84,7 +85,6 @@ Item {
 
     MouseArea {
         anchors.fill: parent
-        enabled: !fakeSwitch.control.loading
         onPressed: fakeSwitch.forceActiveFocus(Qt.MouseFocusReason)
         onClicked: fakeSwitch.control.tap()
     }

@@ -129,7 +129,7 @@ int SettingsRig::overlayProcesses() {
         std::string program;
         std::string role;
         if (std::getline(file, program, '\0') && std::getline(file, role, '\0') && role == "-hud" &&
-            program.ends_with("/skavlo")) {
+            program == SKAVLO_EXECUTABLE) {
             ++count;
         }
     }
