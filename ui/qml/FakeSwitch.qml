@@ -5,6 +5,7 @@ Item {
     id: fakeSwitch
 
     required property SwitchControl control
+    required property SettingsScreen screen
     required property string name
     required property bool showFocus
     property real position: 0
@@ -23,6 +24,7 @@ Item {
     Accessible.checkable: true
     Accessible.checked: control.on
     Accessible.focusable: true
+    Accessible.description: control.loading ? screen.texts.busy : ""
     Accessible.onPressAction: control.tap()
     Accessible.onToggleAction: control.tap()
 
