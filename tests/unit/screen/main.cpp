@@ -19,5 +19,6 @@ int main(int argc, char** argv) {
     QGuiApplication::setFont(font);
     skavlo::SteppedAnimations::instance().install();
     QAccessible::setActive(true);
+    skavlo::watchComplaints();
     return RUN_ALL_TESTS();
 }

@@ -91,10 +91,10 @@ class ScreenRows : public ScreenFixture,
 };
 
 TEST_P(ScreenRows, ShowTheirTextsWhole) {
-    const auto [index, english, width] = GetParam();
+    const auto [index, inEnglish, width] = GetParam();
     const Mode& mode = modes()[index];
-    open({.width = width, .mode = mode.mode, .english = english, .emojiBorder = mode.border});
-    const auto expected = [english](const char* zh, const char* en) {
+    open({.width = width, .mode = mode.mode, .english = inEnglish, .emojiBorder = mode.border});
+    const auto expected = [english = inEnglish](const char* zh, const char* en) {
         return QString::fromUtf8(english ? en : zh);
     };
     const QList<QQuickItem*> headers = findAll("sectionHeader");

@@ -1,8 +1,24 @@
 #include "tests/unit/screen/screen_fixture.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace skavlo {
+namespace {
+
+QStringList complaints;
+QtMessageHandler previousHandler = nullptr;
+
+void note(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (message.startsWith(u"qrc:") || message.startsWith(u"file:")) complaints.append(message);
+    previousHandler(type, context, message);
+}
+
+}  // namespace
+
+void watchComplaints() {
+    previousHandler = qInstallMessageHandler(note);
+}
 
 SteppedAnimations& SteppedAnimations::instance() {
     static SteppedAnimations animations;
@@ -26,6 +42,12 @@ ScreenFixture::~ScreenFixture() {
     controller.reset();
     screen.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void ScreenFixture::TearDown() {
+    window.reset();
+    const QStringList seen = std::exchange(complaints, {});
+    EXPECT_TRUE(seen.isEmpty()) << seen.join('\n').toStdString();
 }
 
 void ScreenFixture::open(const ScreenOptions& options) {

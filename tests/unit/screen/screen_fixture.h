@@ -37,6 +37,9 @@ class SteppedAnimations : public QAnimationDriver {
     qint64 start_ = 0;
 };
 
+// From here on, what QML complains of fails the test in which it happens.
+void watchComplaints();
+
 struct ScreenOptions {
     int width = 390;
     int height = 844;
@@ -51,6 +54,7 @@ struct ScreenOptions {
 class ScreenFixture : public testing::Test {
   protected:
     ~ScreenFixture() override;
+    void TearDown() override;
 
     void open(const ScreenOptions& options = {});
     // By object name; null when there is none. The first in the order of drawing.
