@@ -60,8 +60,9 @@ std::optional<AccessibleItem> SettingsApplication::waitFor(const std::string& ro
     return std::nullopt;
 }
 
-std::optional<AccessibleItem> SettingsApplication::waitForMove(
-    const std::string& role, const std::string& name, const AccessibleItem& from) const {
+std::optional<AccessibleItem> SettingsApplication::waitForMove(const std::string& role,
+                                                               const std::string& name,
+                                                               const AccessibleItem& from) const {
     const Deadline deadline(kLongestRest);
     while (!deadline.passed()) {
         const auto found = tree_.find(role, name);
