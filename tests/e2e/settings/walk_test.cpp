@@ -27,11 +27,20 @@ class SettingsWalk : public SettingsRig {
     }
     ~SettingsWalk() override { std::filesystem::remove_all(home_); }
 
-    // Pictures are kept only where somebody asked for them.
+    // Pictures are kept only where somebody asked for them, as docs/images/make does.
     void keepPicture(const std::string& name) {
         const char* directory = std::getenv("SKAVLO_WALK_PICTURES");
         if (!directory) return;
-        const auto error = writePng(std::string(directory) + "/" + name + ".png", capture());
+        // Once nothing moves any more, the markers apart, which pulse.
+        Bitmap before = capture();
+        const rig::Deadline deadline(std::chrono::seconds(2));
+        while (!deadline.passed()) {
+            rig::waitReadable({}, rig::Deadline(std::chrono::milliseconds(100)));
+            Bitmap now = capture();
+            if (now.pixels == before.pixels) break;
+            before = std::move(now);
+        }
+        const auto error = writePng(std::string(directory) + "/" + name + ".png", before);
         EXPECT_FALSE(error) << error->message;
     }
 
@@ -200,6 +209,10 @@ TEST_F(SettingsWalk, DarkModeFollowsTheDesktopWhileItRuns) {
     portal->setDark(true);
     captureUntil(isDark, "the dark screen");
     keepPicture("settings-zh-dark");
+    click("radio button", "以表情显示");
+    EXPECT_TRUE(settingBecomes("displayMode", 2));
+    keepPicture("emoji-zh-dark");
+    click("radio button", "以颜色显示");
     click(rig::kButtonRole, "语言: 中 / EN");
     item("heading", "Launch Settings");
     keepPicture("settings-en-dark");
