@@ -78,16 +78,25 @@ Rectangle {
         }
     }
 
-    ColorSheet {
-        screen: root.screen
+    LazySheet {
+        wanted: root.screen.colorPicker !== null
+        sourceComponent: ColorSheet {
+            screen: root.screen
+        }
     }
 
-    EmojiSheet {
-        screen: root.screen
+    LazySheet {
+        wanted: root.screen.emojiSheet !== null
+        sourceComponent: EmojiSheet {
+            screen: root.screen
+        }
     }
 
-    FileSheet {
-        screen: root.screen
+    LazySheet {
+        wanted: root.screen.fileList !== null
+        sourceComponent: FileSheet {
+            screen: root.screen
+        }
     }
 
     AlertLayer {

@@ -21,8 +21,9 @@ void watchComplaints() {
 }
 
 SteppedAnimations& SteppedAnimations::instance() {
-    static SteppedAnimations animations;
-    return animations;
+    // Never destroyed: what it belongs to in Qt is gone before static objects are.
+    static auto* const animations = new SteppedAnimations;
+    return *animations;
 }
 
 void SteppedAnimations::start() {
