@@ -38,12 +38,13 @@ PixelRect extentsOf(AtspiAccessible* accessible) {
     return result;
 }
 
-std::optional<double> valueOf(AtspiAccessible* accessible) {
+void readValue(AtspiAccessible* accessible, AccessibleItem& item) {
     const Object<AtspiValue> value(atspi_accessible_get_value_iface(accessible));
-    if (!value) {
-        return std::nullopt;
+    if (value) {
+        item.value = atspi_value_get_current_value(value.get(), nullptr);
+        item.minimum = atspi_value_get_minimum_value(value.get(), nullptr);
+        item.maximum = atspi_value_get_maximum_value(value.get(), nullptr);
     }
-    return atspi_value_get_current_value(value.get(), nullptr);
 }
 
 std::string textOf(AtspiAccessible* accessible) {
@@ -62,18 +63,19 @@ std::vector<std::string> actionsOf(AtspiAccessible* accessible) {
 }
 
 AccessibleItem itemOf(AtspiAccessible* accessible) {
-    return {.role = taken(atspi_accessible_get_role_name(accessible, nullptr)),
-            .name = taken(atspi_accessible_get_name(accessible, nullptr)),
-            .description = taken(atspi_accessible_get_description(accessible, nullptr)),
-            .text = textOf(accessible),
-            .extents = extentsOf(accessible),
-            .value = valueOf(accessible),
-            .actions = actionsOf(accessible),
-            .checked = hasState(accessible, ATSPI_STATE_CHECKED),
-            .enabled = hasState(accessible, ATSPI_STATE_ENABLED),
-            .focused = hasState(accessible, ATSPI_STATE_FOCUSED),
-            .focusable = hasState(accessible, ATSPI_STATE_FOCUSABLE),
-            .showing = hasState(accessible, ATSPI_STATE_SHOWING)};
+    AccessibleItem item{.role = taken(atspi_accessible_get_role_name(accessible, nullptr)),
+                        .name = taken(atspi_accessible_get_name(accessible, nullptr)),
+                        .description = taken(atspi_accessible_get_description(accessible, nullptr)),
+                        .text = textOf(accessible),
+                        .extents = extentsOf(accessible),
+                        .actions = actionsOf(accessible),
+                        .checked = hasState(accessible, ATSPI_STATE_CHECKED),
+                        .enabled = hasState(accessible, ATSPI_STATE_ENABLED),
+                        .focused = hasState(accessible, ATSPI_STATE_FOCUSED),
+                        .focusable = hasState(accessible, ATSPI_STATE_FOCUSABLE),
+                        .showing = hasState(accessible, ATSPI_STATE_SHOWING)};
+    readValue(accessible, item);
+    return item;
 }
 
 void collect(AtspiAccessible* parent, std::vector<AccessibleItem>& items) {
