@@ -7,13 +7,11 @@
 #include <sys/prctl.h>
 #include <sys/socket.h>
 
-#include <algorithm>
-#include <iterator>
-#include <memory>
+#include <cstdint>
 #include <string>
-#include <type_traits>
 
 #include "platform/linux/confine/call_filter.h"
+#include "platform/linux/confine/capabilities.h"
 
 namespace skavlo {
 
@@ -23,36 +21,11 @@ Error systemError(const char* call) {
     return Error{std::string(call) + ": " + strerror(errno)};
 }
 
-bool isKept(cap_value_t capability) {
-    return std::find(std::begin(kKeptCapabilities), std::end(kKeptCapabilities), capability) !=
-           std::end(kKeptCapabilities);
-}
-
-struct Release {
-    void operator()(void* capabilities) const { cap_free(capabilities); }
-};
-
-// The set from which programs that root runs get theirs. Who may not change it has none either.
-void shrinkBoundingSet() {
-    for (cap_value_t each = 0; cap_get_bound(each) >= 0; ++each)
-        if (!isKept(each) && cap_get_bound(each) == 1) cap_drop_bound(each);
-}
-
-std::optional<Error> dropCapabilities() {
-    shrinkBoundingSet();
-    const std::unique_ptr<std::remove_pointer_t<cap_t>, Release> current(cap_get_proc());
-    const std::unique_ptr<std::remove_pointer_t<cap_t>, Release> kept(cap_init());
-    if (!current || !kept) return systemError("capabilities");
-    for (const cap_value_t each : kKeptCapabilities) {
-        for (const auto set : {CAP_PERMITTED, CAP_EFFECTIVE}) {
-            cap_flag_value_t had = CAP_CLEAR;
-            if (cap_get_flag(current.get(), each, CAP_PERMITTED, &had) != 0 ||
-                cap_set_flag(kept.get(), set, 1, &each, had) != 0)
-                return systemError("capabilities");
-        }
-    }
-    if (cap_set_proc(kept.get()) != 0) return systemError("capabilities");
-    return std::nullopt;
+std::optional<Error> dropOtherCapabilities() {
+    std::uint64_t kept = 0;
+    for (const int each : kKeptCapabilities)
+        kept |= std::uint64_t{1} << static_cast<unsigned>(each);
+    return dropCapabilities(kept);
 }
 
 std::optional<Error> forgoNewRights() {
@@ -144,7 +117,7 @@ std::optional<Error> filterCalls() {
 }  // namespace
 
 std::optional<Error> giveUpRights() {
-    for (const auto step : {dropCapabilities, forgoNewRights, filterCalls})
+    for (const auto step : {dropOtherCapabilities, forgoNewRights, filterCalls})
         if (auto error = step()) return error;
     return std::nullopt;
 }

@@ -203,7 +203,7 @@ TEST_F(AccessTest, TheGroupReadsItsFilesAndStopsIt) {
 
 TEST_F(AccessTest, EveryThreadHasGivenUpItsRights) {
     std::uint64_t kept = 0;
-    for (const cap_value_t each : kKeptCapabilities) kept |= std::uint64_t{1} << unsigned(each);
+    for (const int each : kKeptCapabilities) kept |= std::uint64_t{1} << unsigned(each);
     int threads = 0;
     const fs::path tasks = "/proc/" + std::to_string(overlay_->pid()) + "/task";
     for (const auto& thread : fs::directory_iterator(tasks)) {

@@ -1,6 +1,6 @@
-// Gives up what the overlay gives up, tries one thing named by its argument in the folder it is
-// started in, and says on standard output how that went: "done", or the name of the error. Killed,
-// it says nothing.
+// Gives up what the overlay gives up, tries one thing named by its first argument in the folder it
+// is started in, and says on standard output how that went: "done", or the name of the error.
+// Killed, it says nothing. With another argument a thread tries that was there before.
 #include <errno.h>
 #include <fcntl.h>
 #include <linux/capability.h>
@@ -20,7 +20,9 @@
 
 #include <cstdio>
 #include <functional>
+#include <future>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -114,16 +116,41 @@ const std::map<std::string, std::function<int()>> kDeeds{
     {"reboot", [] { return call(SYS_reboot, 0, 0, 0, nullptr); }},
 };
 
+// Does the deed in a thread that is older than the loss of rights.
+class OlderThread {
+  public:
+    explicit OlderThread(const std::function<int()>& deed)
+        : thread_([this, deed] {
+              may_.get_future().wait();
+              result_ = deed();
+              error_ = errno;
+          }) {}
+    int run() {
+        may_.set_value();
+        thread_.join();
+        errno = error_;
+        return result_;
+    }
+
+  private:
+    std::promise<void> may_;
+    int result_ = -1;
+    int error_ = 0;
+    std::thread thread_;
+};
+
 }  // namespace
 
 int main(int count, char** arguments) {
-    const auto deed = kDeeds.find(count == 2 ? arguments[1] : "");
+    const auto deed = kDeeds.find(count > 1 ? arguments[1] : "");
     if (deed == kDeeds.end()) return 2;
+    std::optional<OlderThread> older;
+    if (count > 2) older.emplace(deed->second);
     if (const auto error = skavlo::giveUpRights()) {
         std::fprintf(stderr, "%s\n", error->message.c_str());
         return 3;
     }
-    const bool good = deed->second() >= 0;
+    const bool good = (older ? older->run() : deed->second()) >= 0;
     std::fputs(good ? "done" : strerrorname_np(errno), stdout);
     std::fflush(stdout);
     _exit(0);

@@ -31,10 +31,11 @@ class ConfinementTest : public testing::Test {
     ConfinementTest(const ConfinementTest&) = delete;
     ConfinementTest& operator=(const ConfinementTest&) = delete;
 
-    [[nodiscard]] Outcome tryTo(const std::string& deed) const {
+    [[nodiscard]] Outcome tryTo(const std::string& deed,
+                                const char* inOlderThread = nullptr) const {
         return runAs(std::nullopt, [&] {
             if (chdir(folder_.c_str()) != 0) return 4;
-            execl(SKAVLO_CONFINEMENT_PROBE, "probe", deed.c_str(), nullptr);
+            execl(SKAVLO_CONFINEMENT_PROBE, "probe", deed.c_str(), inOlderThread, nullptr);
             return 5;
         });
     }
@@ -100,6 +101,14 @@ TEST_F(ConfinementTest, OtherCapabilitiesAreGone) {
     if (!isRoot()) GTEST_SKIP() << "only root has capabilities to lose";
     expectDenied("nice");
     expectDone("bound");
+}
+
+TEST_F(ConfinementTest, ThreadsThatWereThereBeforeLoseTheSame) {
+    EXPECT_EQ(tryTo("read-memory", "older").status & 0x7f, SIGSYS);
+    EXPECT_EQ(tryTo("thread", "older").said, "done");
+    if (!isRoot()) GTEST_SKIP() << "only root has capabilities to lose";
+    EXPECT_EQ(tryTo("nice", "older").said, "EACCES");
+    EXPECT_EQ(tryTo("bound", "older").said, "done");
 }
 
 TEST_F(ConfinementTest, AnAttackEndsTheProcess) {
