@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtQml/qqmlregistration.h>
+#include <QObject>
 #include <QString>
 #include <functional>
 
