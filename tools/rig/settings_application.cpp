@@ -36,13 +36,14 @@ Result<SettingsApplication> SettingsApplication::start(const XServer& server,
     }
     SettingsApplication result(std::move(*bus), std::move(*process), std::move(*tree), display);
     // Behind the splash nothing can be clicked.
-    while (result.tree_.find("graphic", "Skavlo") || !result.tree_.find("label", "Skavlo")) {
-        if (deadline.passed()) {
-            return Error{"the settings application's splash does not end"};
+    while (!deadline.passed()) {
+        const auto splash = result.tree_.find("animation", "Skavlo");
+        if (splash && !splash->showing) {
+            return result;
         }
         waitReadable({}, Deadline(kBetweenLooks));
     }
-    return result;
+    return Error{"the settings application's splash does not end"};
 }
 
 std::optional<AccessibleItem> SettingsApplication::waitFor(const std::string& role,

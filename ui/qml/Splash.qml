@@ -12,6 +12,8 @@ Item {
     anchors.fill: parent
     visible: !splash.removed
     opacity: splash.splashAlpha
+    Accessible.role: Accessible.Animation
+    Accessible.name: "Skavlo"
 
     NumberAnimation {
         target: splashView.splash

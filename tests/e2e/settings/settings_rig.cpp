@@ -51,7 +51,7 @@ void SettingsRig::open(const std::string& executable) {
     ASSERT_NO_FATAL_FAILURE(startCompositor());
     auto application = rig::SettingsApplication::start(*server_, display(), executable);
     ASSERT_TRUE(application) << application.error().message;
-    application_ = std::move(*application);
+    application_.emplace(std::move(*application));
 }
 
 void SettingsRig::close() {
