@@ -68,21 +68,21 @@ void checkExecutable() {
 constexpr char kVariables[] =
     "CI_USE_SOFTWARE_RENDERER\0DISPLAY\0WAYLAND_DISPLAY\0XAUTHORITY\0XDG_RUNTIME_DIR\0"
     "XDG_SESSION_ID\0XDG_SESSION_TYPE\0XDG_CURRENT_DESKTOP\0PIPEWIRE_RUNTIME_DIR\0SWAYSOCK\0"
-    "HYPRLAND_INSTANCE_SIGNATURE\0LANG\0LANGUAGE\0LC_ALL\0LC_CTYPE\0LC_MESSAGES\0";
-constexpr int kLongestValue = 1024;  // more than any of them takes
-
+    "PIPEWIRE_REMOTE\0HYPRLAND_INSTANCE_SIGNATURE\0LANG\0LANGUAGE\0LC_ALL\0LC_CTYPE\0LC_MESSAGES\0";
+constexpr int kLongestValue = 1024;          // more than any of them takes
 char* g_environment[sizeof kVariables / 2];  // a name takes more than two bytes
 char g_authority[sizeof "XAUTHORITY=" + PATH_MAX];
 
-// A path must be whole, and the caller himself able to read it: what he cannot reach, root will not
-// reach for him. access() asks for the real identity, which is still his.
+// A path must be whole and lead to something of the caller's: root goes into nobody else's session
+// and opens nobody else's files for him. The real identity is still his.
 bool acceptable(const char* name, const char* value) {
     for (const char* at = value; *at != '\0'; ++at)
         if (at - value >= kLongestValue || iscntrl(static_cast<unsigned char>(*at))) return false;
     const char* const slash = strchr(value, '/');
     if (slash == nullptr) return value[0] != '\0';
     const bool language = strncmp(name, "LANG", 4) == 0 || strncmp(name, "LC_", 3) == 0;
-    return !language && slash == value && access(value, R_OK) == 0;
+    struct stat status {};
+    return !language && slash == value && stat(value, &status) == 0 && status.st_uid == getuid();
 }
 
 // The file that holds for X without XAUTHORITY; the program itself will not know the home.

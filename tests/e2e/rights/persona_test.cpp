@@ -71,6 +71,13 @@ class PersonaTest : public testing::Test {
         Lines environment = {}, const std::function<void()>& prepare = [] {}) const {
         return call({persona_, "-hud"}, std::move(environment), kMember, prepare);
     }
+    // A folder of the caller's.
+    std::string own(const std::string& name) const {
+        const std::string path = kRoot + "/" + name;
+        fs::create_directory(path);
+        EXPECT_EQ(chown(path.c_str(), kOrdinaryUser, kOrdinaryUser), 0);
+        return path;
+    }
     static Lines lines(const Outcome& outcome) {
         Lines result;
         std::istringstream text(outcome.said);
@@ -209,7 +216,7 @@ TEST_F(PersonaTest, PassesDisplaySessionAndLanguage) {
     const Lines good{"CI_USE_SOFTWARE_RENDERER=1", "DISPLAY=:7",
                      "WAYLAND_DISPLAY=wayland-1",  "XDG_SESSION_TYPE=wayland",
                      "LANG=zh_CN.UTF-8",           "LC_ALL=C",
-                     "XDG_CURRENT_DESKTOP=sway",   "XDG_RUNTIME_DIR=/mnt"};
+                     "XDG_CURRENT_DESKTOP=sway",   "XDG_RUNTIME_DIR=" + own("session")};
     const Outcome outcome = callHud(good);
     expectRan(outcome);
     for (const std::string& each : good) EXPECT_THAT(lines(outcome), Contains("variable " + each));
@@ -227,13 +234,14 @@ TEST_F(PersonaTest, PassesNothingElse) {
 }
 
 TEST_F(PersonaTest, LeavesOutSuspiciousValues) {
-    const std::string secret = kRoot + "/secret";
-    std::ofstream(secret) << "of root";
-    ASSERT_EQ(chmod(secret.c_str(), 0600), 0);
+    own("mine");
+    const std::string shared = kRoot + "/shared";
+    std::ofstream(shared) << "of root, for everybody";
     const Outcome outcome = callHud(
         {"DISPLAY=" + std::string(1025, ':'), "WAYLAND_DISPLAY=../54322/wayland-0",
-         "XAUTHORITY=" + secret, "XDG_RUNTIME_DIR=/mnt/nowhere", "LANG=/mnt", "LC_ALL=../../mnt",
-         "SWAYSOCK=mnt/x", "XDG_SESSION_TYPE=a\nb", "XDG_SESSION_ID=\x1b[2J", "LANGUAGE="});
+         "XAUTHORITY=" + shared, "XDG_RUNTIME_DIR=/mnt", "PIPEWIRE_RUNTIME_DIR=/mnt/nowhere",
+         "SWAYSOCK=mnt/mine", "LANG=/mnt/mine", "LC_ALL=../../mnt", "XDG_SESSION_TYPE=a\nb",
+         "XDG_SESSION_ID=\x1b[2J", "LANGUAGE="});
     expectRan(outcome);
     EXPECT_THAT(outcome.said, Not(HasSubstr("variable")));
 }
@@ -249,7 +257,7 @@ TEST_F(PersonaTest, ALongListOfVariablesIsNoTrouble) {
               1);
 }
 
-TEST_F(PersonaTest, TheAuthorityFileInTheHomeIsNamedWhenTheCallerCanReadIt) {
+TEST_F(PersonaTest, TheAuthorityFileInTheHomeIsNamedWhenItIsTheCallers) {
     const std::string file = kRoot + "/.Xauthority";
     EXPECT_THAT(callHud({"HOME=/mnt"}).said, Not(HasSubstr("variable")));
     std::ofstream(file) << "cookie";
