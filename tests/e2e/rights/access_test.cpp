@@ -76,7 +76,7 @@ class AccessTest : public testing::Test {
   protected:
     // The tree of the build is hidden behind an empty one that only this process sees.
     void SetUp() override {
-        if (geteuid() != 0) GTEST_SKIP() << "only root can start the overlay as root";
+        if (!canBecomeOthers()) GTEST_SKIP() << "only root can try what another user may";
         fs::create_directories(SKAVLO_LIBRARY_PREFIX);
         if (unshare(CLONE_NEWNS) != 0 ||
             mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
@@ -85,16 +85,29 @@ class AccessTest : public testing::Test {
         ASSERT_EQ(makeInstalledFolders(), 3);
         std::ofstream(kSettings) << "<plist><dict/></plist>";
         ASSERT_EQ(chmod(kSettings.c_str(), 0644), 0);
-        ASSERT_NO_FATAL_FAILURE(startOverlay());
-    }
-
-    void startOverlay() {
         auto server = rig::XServer::start({});
         ASSERT_TRUE(server) << server.error().message;
         server_ = std::make_unique<rig::XServer>(std::move(*server));
-        auto environment = server_->environment();
-        environment.emplace_back("WAYLAND_DISPLAY");
-        auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, environment, {}, -1});
+        ASSERT_NO_FATAL_FAILURE(startOverlay({SKAVLO_EXECUTABLE, "-hud"}));
+    }
+
+    // What shows the way to the X server, for everybody to read.
+    [[nodiscard]] std::vector<std::string> environment() const {
+        const std::string shared = SKAVLO_LIBRARY_PREFIX "authority";
+        std::vector<std::string> result{"WAYLAND_DISPLAY"};
+        for (const std::string& each : server_->environment()) {
+            const bool authority = each.rfind("XAUTHORITY=", 0) == 0;
+            if (authority)
+                fs::copy_file(each.substr(each.find('=') + 1), shared,
+                              fs::copy_options::overwrite_existing);
+            result.push_back(authority ? "XAUTHORITY=" + shared : each);
+        }
+        EXPECT_EQ(chmod(shared.c_str(), 0644), 0);
+        return result;
+    }
+
+    void startOverlay(const std::vector<std::string>& command) {
+        auto overlay = rig::Child::start({command, environment(), {}, -1});
         ASSERT_TRUE(overlay) << overlay.error().message;
         overlay_ = std::move(*overlay);
         auto display = server_->connect();
@@ -197,6 +210,24 @@ TEST_F(AccessTest, TheGroupReadsItsFilesAndStopsIt) {
         postNotification(kNotify, "com.oxbrel.skavlo.exit");
         return 0;
     });
+    EXPECT_EQ(overlay_->wait(rig::Deadline(kPatience)), 0);
+    EXPECT_FALSE(fs::exists(kPidFile));
+}
+
+TEST_F(AccessTest, AMemberRunsItWithoutRootsRights) {
+    postNotification(kNotify, "com.oxbrel.skavlo.exit");
+    ASSERT_EQ(overlay_->wait(rig::Deadline(kPatience)), 0);
+    ASSERT_NO_FATAL_FAILURE(
+        startOverlay({"setpriv", "--reuid", std::to_string(kMember.user), "--regid",
+                      std::to_string(kMember.group), "--clear-groups", SKAVLO_EXECUTABLE, "-hud"}));
+    std::ifstream pidFile(kPidFile);
+    pid_t written = 0;
+    pidFile >> written;
+    EXPECT_EQ(written, overlay_->pid());
+    struct stat status {};
+    ASSERT_EQ(stat(("/proc/" + std::to_string(written)).c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, kMember.user);
+    postNotification(kNotify, "com.oxbrel.skavlo.exit");
     EXPECT_EQ(overlay_->wait(rig::Deadline(kPatience)), 0);
     EXPECT_FALSE(fs::exists(kPidFile));
 }

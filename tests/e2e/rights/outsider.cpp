@@ -19,13 +19,14 @@ namespace {
 
 constexpr int kNoIdentity = 99;
 
+bool become(Identity identity) {
+    const auto [user, group] = identity;
+    return setgroups(0, nullptr) == 0 && setresgid(group, group, group) == 0 &&
+           setresuid(user, user, user) == 0;
+}
+
 int act(const std::optional<Identity>& identity, const std::function<int()>& deed) {
-    if (identity) {
-        const auto [user, group] = *identity;
-        if (setgroups(0, nullptr) != 0 || setresgid(group, group, group) != 0 ||
-            setresuid(user, user, user) != 0)
-            return kNoIdentity;
-    }
+    if (identity && !become(*identity)) return kNoIdentity;
     return deed();
 }
 
@@ -42,6 +43,14 @@ std::string readToEnd(int descriptor, const rig::Deadline& deadline) {
 }
 
 }  // namespace
+
+bool canBecomeOthers() {
+    if (geteuid() != 0) return false;
+    const pid_t child = fork();
+    if (child == 0) _exit(become({kOrdinaryUser, kMobile}) ? 0 : 1);
+    int status = 1;
+    return waitpid(child, &status, 0) == child && status == 0;
+}
 
 Outcome runAs(const std::optional<Identity>& identity, const std::function<int()>& deed) {
     std::array<int, 2> ends{};

@@ -23,6 +23,9 @@ struct Outcome {
     pid_t pid = -1;
 };
 
+// Whether this process may take the identities of others, as root of all users.
+bool canBecomeOthers();
+
 // Forks, takes the identity (no supplementary groups), runs `deed` and leaves with what it returns.
 // Everything it writes to standard output or error is in `said`. Fails the test when it has not
 // ended after a generous time.
