@@ -123,6 +123,13 @@ int runScreen(QGuiApplication& application) {
     SettingsWindow window(screen, platform.application);
     shown = &window;
     const Termination termination([&window] { window.close(); });
+    // Only once everything asked for has been done: markers that are hidden while record-only mode
+    // ends would stay hidden.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, [&] {
+        controller.g_skv_daemonQueue().async(
+            [&runLoop = platform.runLoop] { runLoop.async([] { QGuiApplication::quit(); }); });
+    });
     window.show();
     const int status = application.exec();
     shown = nullptr;

@@ -2,7 +2,6 @@
 
 #include <atspi/atspi.h>
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace skavlo::rig {
@@ -78,16 +77,38 @@ AccessibleItem itemOf(AtspiAccessible* accessible) {
     return item;
 }
 
+Object<AtspiAccessible> childOf(AtspiAccessible* parent, int index) {
+    return Object<AtspiAccessible>(atspi_accessible_get_child_at_index(parent, index, nullptr));
+}
+
 void collect(AtspiAccessible* parent, std::vector<AccessibleItem>& items) {
     const int count = atspi_accessible_get_child_count(parent, nullptr);
     for (int i = 0; i < count; ++i) {
-        const Object<AtspiAccessible> child(
-            atspi_accessible_get_child_at_index(parent, i, nullptr));
-        if (child) {
+        if (const auto child = childOf(parent, i)) {
             items.push_back(itemOf(child.get()));
             collect(child.get(), items);
         }
     }
+}
+
+// Each question to the program takes its time, so only the one found is asked for everything.
+std::optional<AccessibleItem> findBelow(AtspiAccessible* parent, const std::string& role,
+                                        const std::string& name) {
+    const int count = atspi_accessible_get_child_count(parent, nullptr);
+    for (int i = 0; i < count; ++i) {
+        const auto child = childOf(parent, i);
+        if (!child) {
+            continue;
+        }
+        if (taken(atspi_accessible_get_name(child.get(), nullptr)) == name &&
+            taken(atspi_accessible_get_role_name(child.get(), nullptr)) == role) {
+            return itemOf(child.get());
+        }
+        if (auto found = findBelow(child.get(), role, name)) {
+            return found;
+        }
+    }
+    return std::nullopt;
 }
 
 // Null: no program of this name is there yet.
@@ -97,8 +118,7 @@ std::shared_ptr<void> findApplication(const std::string& name) {
     atspi_accessible_set_cache_mask(desktop.get(), ATSPI_CACHE_NONE);
     const int count = atspi_accessible_get_child_count(desktop.get(), nullptr);
     for (int i = 0; i < count; ++i) {
-        Object<AtspiAccessible> child(
-            atspi_accessible_get_child_at_index(desktop.get(), i, nullptr));
+        auto child = childOf(desktop.get(), i);
         if (child && taken(atspi_accessible_get_name(child.get(), nullptr)) == name) {
             atspi_accessible_set_cache_mask(child.get(), ATSPI_CACHE_NONE);
             return {child.release(), ObjectDeleter()};
@@ -132,11 +152,7 @@ std::vector<AccessibleItem> AccessibleTree::items() const {
 
 std::optional<AccessibleItem> AccessibleTree::find(const std::string& role,
                                                    const std::string& name) const {
-    const auto all = items();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const AccessibleItem& item) {
-        return item.role == role && item.name == name;
-    });
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    return findBelow(static_cast<AtspiAccessible*>(application_.get()), role, name);
 }
 
 }  // namespace skavlo::rig

@@ -4,7 +4,7 @@ import Skavlo
 
 // The dialog that the screen presents, above everything else.
 Item {
-    id: layer
+    id: alertLayer // not "layer", which every item has as a property
 
     required property SettingsScreen screen
     readonly property AlertItem alert: screen.alert
@@ -23,7 +23,7 @@ Item {
     }
 
     Connections {
-        target: layer.alert
+        target: alertLayer.alert
         function onChosen() {
             fadeIn.stop();
             fadeOut.start();
@@ -32,7 +32,7 @@ Item {
 
     NumberAnimation {
         id: fadeIn
-        target: layer
+        target: alertLayer
         property: "shown"
         from: 0
         to: 1
@@ -42,17 +42,17 @@ Item {
 
     NumberAnimation {
         id: fadeOut
-        target: layer
+        target: alertLayer
         property: "shown"
         to: 0
         duration: 200
-        onFinished: layer.screen.alertDismissed()
+        onFinished: alertLayer.screen.alertDismissed()
     }
 
     Rectangle {
         anchors.fill: parent
         color: Theme.dim
-        opacity: layer.shown
+        opacity: alertLayer.shown
 
         MouseArea {
             anchors.fill: parent
@@ -64,8 +64,12 @@ Item {
         id: panel
         objectName: "alert"
 
+        function moveFocus(forward: bool) {
+            const item = alertLayer.Window.activeFocusItem.nextItemInFocusChain(forward);
+            item.forceActiveFocus(forward ? Qt.TabFocusReason : Qt.BacktabFocusReason);
+        }
         function focusCancel() {
-            const button = buttons.itemAt(layer.alert ? layer.alert.cancelIndex() : 0);
+            const button = buttons.itemAt(alertLayer.alert ? alertLayer.alert.cancelIndex() : 0);
             if (button)
                 button.forceActiveFocus(Qt.OtherFocusReason);
         }
@@ -73,15 +77,15 @@ Item {
         anchors.centerIn: parent
         width: 270
         height: buttonRow.y + buttonRow.height
-        opacity: layer.shown
-        scale: fadeOut.running ? 1 : 1.2 - 0.2 * layer.shown
-        Keys.onEscapePressed: layer.alert.choose(layer.alert.cancelIndex())
-        Keys.onLeftPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
-        Keys.onRightPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+        opacity: alertLayer.shown
+        scale: fadeOut.running ? 1 : 1.2 - 0.2 * alertLayer.shown
+        Keys.onEscapePressed: alertLayer.alert.choose(alertLayer.alert.cancelIndex())
+        Keys.onLeftPressed: moveFocus(false)
+        Keys.onRightPressed: moveFocus(true)
 
         Accessible.role: Accessible.AlertMessage
-        Accessible.name: layer.alert ? layer.alert.title : ""
-        Accessible.description: layer.alert ? layer.alert.message : ""
+        Accessible.name: alertLayer.alert ? alertLayer.alert.title : ""
+        Accessible.description: alertLayer.alert ? alertLayer.alert.message : ""
 
         Rectangle {
             anchors.fill: parent
@@ -97,10 +101,10 @@ Item {
             width: parent.width - 32
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            text: layer.alert ? layer.alert.title : ""
+            text: alertLayer.alert ? alertLayer.alert.title : ""
             color: Theme.label
             font.pixelSize: 17
-            font.weight: Font.DemiBold
+            font.weight: Font.Bold
         }
 
         Text {
@@ -111,7 +115,7 @@ Item {
             width: parent.width - 32
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            text: layer.alert ? layer.alert.message : ""
+            text: alertLayer.alert ? alertLayer.alert.message : ""
             color: Theme.label
             font.pixelSize: 13
         }
@@ -123,7 +127,7 @@ Item {
             color: Theme.separator
         }
 
-        Row {
+        Item {
             id: buttonRow
             y: message.y + message.height + 20
             width: parent.width
@@ -131,26 +135,31 @@ Item {
 
             Repeater {
                 id: buttons
-                model: layer.alert ? layer.alert.actionCount : 0
+                model: alertLayer.alert ? alertLayer.alert.actionCount : 0
 
                 TextButton {
                     id: action
                     required property int index
 
                     objectName: "alertAction" + index
+                    x: index * width
                     width: buttonRow.width / Math.max(1, buttons.count)
                     height: 44
                     groundRadius: 8
-                    text: layer.alert.actionTitle(index)
-                    textColor: layer.alert.isDestructive(index) ? Theme.systemRed
+                    text: alertLayer.alert.actionTitle(index)
+                    textColor: alertLayer.alert.isDestructive(index) ? Theme.systemRed
                                                                 : Theme.systemBlue
-                    weight: layer.alert.isCancel(index) || buttons.count === 1 ? Font.DemiBold
+                    weight: alertLayer.alert.isCancel(index) || buttons.count === 1 ? Font.Bold
                                                                                : Font.Normal
-                    onClicked: layer.alert.choose(index)
+                    onClicked: alertLayer.alert.choose(index)
+                    Component.onCompleted: {
+                        if (index === alertLayer.alert.cancelIndex())
+                            forceActiveFocus(Qt.OtherFocusReason);
+                    }
 
                     FocusRing {
                         anchors.margins: 3
-                        shown: layer.screen.keyboardNavigation && action.activeFocus
+                        shown: alertLayer.screen.keyboardNavigation && action.activeFocus
                     }
 
                     Rectangle {

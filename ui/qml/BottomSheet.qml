@@ -78,7 +78,7 @@ Item {
             text: sheet.title
             color: Theme.label
             font.pixelSize: 17
-            font.weight: Font.DemiBold
+            font.weight: Font.Bold
             elide: Text.ElideRight
         }
 
@@ -92,7 +92,7 @@ Item {
             height: 36
             groundRadius: 8
             text: sheet.closeText
-            weight: Font.DemiBold
+            weight: Font.Bold
             showFocus: sheet.screen.keyboardNavigation
             onClicked: sheet.screen.closeSheet()
         }

@@ -147,6 +147,7 @@ Item {
         id: switchComponent
         FakeSwitch {
             control: row.cell.switchControl
+            screen: row.screen
             name: row.cell.text
             showFocus: row.showFocus
         }

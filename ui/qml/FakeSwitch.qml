@@ -5,6 +5,7 @@ Item {
     id: fakeSwitch
 
     required property SwitchControl control
+    required property SettingsScreen screen
     required property string name
     required property bool showFocus
     property real position: 0
@@ -13,6 +14,7 @@ Item {
     width: 51
     height: 31
     activeFocusOnTab: true
+    enabled: !control.loading
     Keys.onSpacePressed: control.tap()
     Keys.onReturnPressed: control.tap()
     Keys.onEnterPressed: control.tap()
@@ -22,6 +24,7 @@ Item {
     Accessible.checkable: true
     Accessible.checked: control.on
     Accessible.focusable: true
+    Accessible.description: control.loading ? screen.texts.busy : ""
     Accessible.onPressAction: control.tap()
     Accessible.onToggleAction: control.tap()
 
@@ -84,7 +87,6 @@ Item {
 
     MouseArea {
         anchors.fill: parent
-        enabled: !fakeSwitch.control.loading
         onPressed: fakeSwitch.forceActiveFocus(Qt.MouseFocusReason)
         onClicked: fakeSwitch.control.tap()
     }

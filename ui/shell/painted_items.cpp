@@ -45,7 +45,9 @@ QImage readImage(const QString& path) {
         reader.setScaledSize(
             size.scaled(kLongestImageSide, kLongestImageSide, Qt::KeepAspectRatio));
     }
-    return reader.read();
+    QImage image = reader.read();
+    image.setDevicePixelRatio(1);  // whatever "@3x" in a name says
+    return image;
 }
 
 }  // namespace

@@ -197,11 +197,12 @@ void SettingsScreen::retire(QObject* sheet) {
 
 QStringList SettingsScreen::emojis() {
     return QStringLiteral(
-               "🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 🌈 "
-               "⭐ "
-               "🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 🍓 🍊 🍋 🍒 🍑 🍩 🍪 "
-               "😀 "
-               "😂 😍 😎 🤖 👻 👽 🚀 👀")
+               "🍎 👆 👉 🖐️ ✋ 👋 👌 ✌️ 🤞 🤟 👍 👏 "
+               "🐾 🐱 🐶 🦊 🐼 🐸 🦄 🐝 🦋 🌸 🌻 🍀 "
+               "🌈 ⭐ 🌟 ✨ ⚡ 🔥 💧 ❄️ 🌙 ☀️ ❤️ 🧡 "
+               "💛 💚 💙 💜 🖤 💯 🎯 🎈 🎉 🎵 ⚽ 🏀 "
+               "🍓 🍊 🍋 🍒 🍑 🍩 🍪 😀 😂 😍 😎 🤖 "
+               "👻 👽 🚀 👀")
         .split(u' ');
 }
 

@@ -112,12 +112,17 @@ bool SettingsRig::overlayGoes() {
 
 bool SettingsRig::probesPass(int count) {
     const rig::FileDescriptor watch(inotify_init1(IN_CLOEXEC));
-    if (inotify_add_watch(watch.get(), pidFile().c_str(), IN_OPEN) < 0) return false;
+    const std::string directory = std::filesystem::path(pidFile()).parent_path();
+    if (inotify_add_watch(watch.get(), directory.c_str(), IN_CLOSE_NOWRITE) < 0) return false;
     const rig::Deadline deadline(kPatience);
     while (count > 0 && rig::waitReadable({watch.get()}, deadline)) {
-        std::array<char, 4096> events{};
+        alignas(inotify_event) std::array<char, 4096> events{};
         const ssize_t length = read(watch.get(), events.data(), events.size());
-        count -= static_cast<int>(length / static_cast<ssize_t>(sizeof(inotify_event)));
+        for (ssize_t at = 0; at < length;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(events.data() + at);
+            if (event->len > 0 && pidFile().ends_with(event->name)) --count;
+            at += static_cast<ssize_t>(sizeof *event + event->len);
+        }
     }
     return count <= 0;
 }
@@ -129,7 +134,7 @@ int SettingsRig::overlayProcesses() {
         std::string program;
         std::string role;
         if (std::getline(file, program, '\0') && std::getline(file, role, '\0') && role == "-hud" &&
-            program.ends_with("/skavlo")) {
+            program == SKAVLO_EXECUTABLE) {
             ++count;
         }
     }

@@ -42,7 +42,7 @@ class SettingsRig : public OverlayRig {
     static std::optional<pid_t> overlayPid();
     bool overlayComes();
     bool overlayGoes();
-    // Waits for so many probes, seen by their opening the process-id file; needs that file.
+    // Waits for so many probes, seen by their reading the process-id file; needs that file.
     static bool probesPass(int count);
     // Processes of this build in the overlay's role.
     static int overlayProcesses();
