@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::chrono::seconds kStartTime(20);
 constexpr std::chrono::milliseconds kBetweenLooks(10);
+constexpr std::chrono::milliseconds kLongestRest(250);  // between two steps of a movement
 constexpr int kBarHeight = 60;   // what lies closer to an end of the window may be covered
 constexpr double kThumb = 28.0;  // points; the thumb's middle cannot come closer to the ends
 
@@ -51,7 +52,21 @@ std::optional<AccessibleItem> SettingsApplication::waitFor(const std::string& ro
                                                            const Deadline& deadline) const {
     while (!deadline.passed()) {
         auto found = tree_.find(role, name);
-        if (found && found->showing) {
+        if (found && !found->extents.empty()) {
+            return found;
+        }
+        waitReadable({}, Deadline(kBetweenLooks));
+    }
+    return std::nullopt;
+}
+
+std::optional<AccessibleItem> SettingsApplication::waitForMove(const std::string& role,
+                                                               const std::string& name,
+                                                               const AccessibleItem& from) const {
+    const Deadline deadline(kLongestRest);
+    while (!deadline.passed()) {
+        const auto found = tree_.find(role, name);
+        if (found && found->extents != from.extents) {
             return found;
         }
         waitReadable({}, Deadline(kBetweenLooks));
@@ -63,21 +78,23 @@ std::optional<AccessibleItem> SettingsApplication::scrollTo(const std::string& r
                                                             const std::string& name,
                                                             const Deadline& deadline) {
     auto found = waitFor(role, name, deadline);
-    std::optional<AccessibleItem> before;
-    // Twice at the same place: it may still be gliding.
-    while (found && (!before || before->extents != found->extents)) {
+    while (found && !deadline.passed()) {
         const int y = found->center().y;
-        if (y < 2 * kBarHeight || y > screen_.height - kBarHeight) {
+        const bool clear = y > 2 * kBarHeight && y < screen_.height - 2 * kBarHeight;
+        if (!clear) {
             pointer_.moveTo({screen_.width / 8, screen_.height / 2});
-            const std::uint8_t wheel = y < 2 * kBarHeight ? kWheelUp : kWheelDown;
+            const std::uint8_t wheel = y <= 2 * kBarHeight ? kWheelUp : kWheelDown;
             pointer_.press(wheel);
             pointer_.release(wheel);
         }
-        waitReadable({}, Deadline(kBetweenLooks));
-        before = found;
-        found = waitFor(role, name, deadline);
+        // It may still be gliding; and what is at an end cannot be scrolled any further.
+        const auto moved = waitForMove(role, name, *found);
+        if (!moved) {
+            return found;
+        }
+        found = moved;
     }
-    return found;
+    return std::nullopt;
 }
 
 bool SettingsApplication::click(const std::string& role, const std::string& name,

@@ -30,7 +30,7 @@ class SettingsApplication {
     [[nodiscard]] Pointer& pointer() { return pointer_; }
     [[nodiscard]] const AccessibleTree& tree() const { return tree_; }
 
-    // None: it did not come before the deadline.
+    // It may have to be scrolled to. None: it did not come before the deadline.
     [[nodiscard]] std::optional<AccessibleItem> waitFor(const std::string& role,
                                                         const std::string& name,
                                                         const Deadline& deadline) const;
@@ -48,6 +48,11 @@ class SettingsApplication {
           tree_(std::move(tree)),
           pointer_(display),
           screen_(display.rootSize()) {}
+
+    // Where it is next; none: it rests.
+    [[nodiscard]] std::optional<AccessibleItem> waitForMove(const std::string& role,
+                                                            const std::string& name,
+                                                            const AccessibleItem& from) const;
 
     SessionBus bus_;
     Child process_;

@@ -15,8 +15,6 @@ namespace skavlo {
 
 namespace {
 
-const std::string kCustomImage = SKAVLO_LIBRARY_PREFIX "Caches/com.oxbrel.skavlo.custom_image.png";
-
 // Asks again and again; no event tells of every kind of change that tests wait for.
 bool becomesTrue(const std::function<bool()>& condition, std::chrono::milliseconds patience) {
     const rig::Deadline deadline(patience);
@@ -30,7 +28,7 @@ bool becomesTrue(const std::function<bool()>& condition, std::chrono::millisecon
 }  // namespace
 
 SettingsRig::SettingsRig() {
-    std::filesystem::remove(kCustomImage);
+    std::filesystem::remove(customImage());
 }
 
 SettingsRig::~SettingsRig() {
@@ -39,7 +37,7 @@ SettingsRig::~SettingsRig() {
         kill(*pid, SIGTERM);
         EXPECT_TRUE(overlayGoes());
     }
-    std::filesystem::remove(kCustomImage);
+    std::filesystem::remove(customImage());
 }
 
 void SettingsRig::open() {
@@ -71,6 +69,15 @@ void SettingsRig::click(const std::string& role, const std::string& name) {
         << role << " \"" << name << "\" cannot be clicked";
 }
 
+bool SettingsRig::goes(const std::string& role, const std::string& name) {
+    return becomesTrue(
+        [&] {
+            const auto found = application().tree().find(role, name);
+            return !found || !found->showing;
+        },
+        kPatience);
+}
+
 bool SettingsRig::switchBecomes(const std::string& name, bool on) {
     return becomesTrue(
         [&] {
@@ -78,6 +85,10 @@ bool SettingsRig::switchBecomes(const std::string& name, bool on) {
             return found && found->checked == on;
         },
         kPatience);
+}
+
+std::string SettingsRig::customImage() {
+    return SKAVLO_LIBRARY_PREFIX "Caches/com.oxbrel.skavlo.custom_image.png";
 }
 
 PropertyDictionary SettingsRig::settings() {

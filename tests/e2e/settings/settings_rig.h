@@ -31,9 +31,12 @@ class SettingsRig : public OverlayRig {
     // Waits until the control is there; a failure when it does not come.
     rig::AccessibleItem item(const std::string& role, const std::string& name);
     void click(const std::string& role, const std::string& name);
+    // Waits until it is not to be seen any more.
+    bool goes(const std::string& role, const std::string& name);
     // Waits for the switch to be so.
     bool switchBecomes(const std::string& name, bool on);
 
+    static std::string customImage();
     // What the file holds now; empty when it cannot be read.
     static PropertyDictionary settings();
     bool settingBecomes(const std::string& key, const PropertyValue& value);

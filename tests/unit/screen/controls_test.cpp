@@ -107,7 +107,8 @@ TEST_F(ScreenSlider, DragBeyondItsEndsStaysWithinTheRange) {
 
 TEST_F(ScreenSlider, FingerOnTheThumbIsNotTakenByTheTable) {
     openAtSlider(6);
-    QPointingDevice* finger = QTest::createTouchDevice();
+    const std::unique_ptr<QPointingDevice> owned(QTest::createTouchDevice());
+    QPointingDevice* finger = owned.get();
     const double offset = find("table")->property("contentY").toDouble();
     const QPoint start = thumb();
     QTest::touchEvent(window.get(), finger).press(0, start);
@@ -123,7 +124,8 @@ TEST_F(ScreenSlider, FingerOnTheThumbIsNotTakenByTheTable) {
 
 TEST_F(ScreenSlider, FingerBesideTheThumbScrollsTheTable) {
     openAtSlider(6);
-    QPointingDevice* finger = QTest::createTouchDevice();
+    const std::unique_ptr<QPointingDevice> owned(QTest::createTouchDevice());
+    QPointingDevice* finger = owned.get();
     const double offset = find("table")->property("contentY").toDouble();
     const QPoint start = thumb() + QPoint(50, 0);
     QTest::touchEvent(window.get(), finger).press(0, start);
