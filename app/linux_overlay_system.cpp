@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "overlay/overlay_app_delegate.h"
+#include "platform/linux/confine/confinement.h"
 
 namespace skavlo {
 
@@ -71,6 +72,10 @@ void LinuxOverlaySystem::completeAndRunAsPlugin() {
 }
 
 int LinuxOverlaySystem::CFRunLoopRun() {
+    if (const auto error = giveUpRights()) {
+        std::fprintf(stderr, "skavlo: %s\n", error->message.c_str());
+        end(1);
+    }
     return runLoop_.run();
 }
 

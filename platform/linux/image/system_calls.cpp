@@ -3,56 +3,16 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <sched.h>
-#include <seccomp.h>
-#include <string.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <initializer_list>
-#include <memory>
-#include <string>
+#include "platform/linux/confine/call_filter.h"
 
 namespace skavlo {
 
 namespace {
 
-struct Release {
-    void operator()(void* filter) const { seccomp_release(filter); }
-};
-
-// Collects rules; the first one refused is remembered.
-class Filter {
-  public:
-    Filter() : context_(seccomp_init(SCMP_ACT_KILL_PROCESS)) {
-        if (!context_) error_ = -ENOMEM;
-    }
-
-    void allow(std::initializer_list<int> calls) {
-        for (const int call : calls) rule(SCMP_ACT_ALLOW, call, {});
-    }
-    void allow(int call, std::initializer_list<scmp_arg_cmp> when) {
-        rule(SCMP_ACT_ALLOW, call, when);
-    }
-    void deny(int error, std::initializer_list<int> calls) {
-        for (const int call : calls) rule(SCMP_ACT_ERRNO(static_cast<unsigned>(error)), call, {});
-    }
-    void deny(int error, int call, std::initializer_list<scmp_arg_cmp> when) {
-        rule(SCMP_ACT_ERRNO(static_cast<unsigned>(error)), call, when);
-    }
-    [[nodiscard]] int load() { return error_ != 0 ? error_ : seccomp_load(context_.get()); }
-
-  private:
-    void rule(std::uint32_t action, int call, std::initializer_list<scmp_arg_cmp> when) {
-        if (error_ != 0) return;
-        error_ = seccomp_rule_add_array(context_.get(), action, call,
-                                        static_cast<unsigned>(when.size()), when.begin());
-    }
-
-    std::unique_ptr<void, Release> context_;
-    int error_ = 0;
-};
-
-void allowMemoryAndThreads(Filter& filter) {
+void allowMemoryAndThreads(CallFilter& filter) {
     filter.allow({SCMP_SYS(brk), SCMP_SYS(mmap), SCMP_SYS(mprotect), SCMP_SYS(munmap),
                   SCMP_SYS(mremap), SCMP_SYS(madvise), SCMP_SYS(membarrier)});
     filter.allow({SCMP_SYS(futex), SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(sched_yield),
@@ -69,14 +29,14 @@ void allowMemoryAndThreads(Filter& filter) {
     filter.deny(EINVAL, SCMP_SYS(prctl), {SCMP_A0(SCMP_CMP_NE, PR_SET_NAME)});
 }
 
-void allowSignals(Filter& filter) {
+void allowSignals(CallFilter& filter) {
     filter.allow({SCMP_SYS(rt_sigaction), SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn),
                   SCMP_SYS(sigaltstack)});
     // What abort() does.
     filter.allow(SCMP_SYS(tgkill), {SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(getpid()))});
 }
 
-void allowQuestions(Filter& filter) {
+void allowQuestions(CallFilter& filter) {
     filter.allow({SCMP_SYS(getpid), SCMP_SYS(getppid), SCMP_SYS(getuid), SCMP_SYS(geteuid),
                   SCMP_SYS(getgid), SCMP_SYS(getegid), SCMP_SYS(getresuid), SCMP_SYS(getresgid),
                   SCMP_SYS(getgroups), SCMP_SYS(getrandom), SCMP_SYS(getrusage),
@@ -90,7 +50,7 @@ void allowQuestions(Filter& filter) {
 
 // Flags at argument `at`. Opening for reading only is the one way that creates, cuts and writes
 // nothing; font and type caches that a library would like to refresh stay as they are.
-void allowReadOnlyOpen(Filter& filter, int call, unsigned at) {
+void allowReadOnlyOpen(CallFilter& filter, int call, unsigned at) {
     constexpr scmp_datum_t kTemporary = O_TMPFILE & ~O_DIRECTORY;
     constexpr scmp_datum_t kCreating = O_CREAT | O_TRUNC | O_APPEND | kTemporary;
     filter.allow(call, {SCMP_CMP(at, SCMP_CMP_MASKED_EQ, O_ACCMODE | kCreating, O_RDONLY)});
@@ -101,7 +61,7 @@ void allowReadOnlyOpen(Filter& filter, int call, unsigned at) {
         filter.deny(EACCES, call, {SCMP_CMP(at, SCMP_CMP_MASKED_EQ, flag, flag)});
 }
 
-void allowFiles(Filter& filter) {
+void allowFiles(CallFilter& filter) {
     allowReadOnlyOpen(filter, SCMP_SYS(openat), 2);
     allowReadOnlyOpen(filter, SCMP_SYS(open), 1);
     filter.allow({SCMP_SYS(read), SCMP_SYS(readv), SCMP_SYS(pread64), SCMP_SYS(write),
@@ -125,14 +85,12 @@ void allowFiles(Filter& filter) {
 }  // namespace
 
 std::optional<Error> filterSystemCalls() {
-    Filter filter;
+    CallFilter filter(SCMP_ACT_KILL_PROCESS);
     allowMemoryAndThreads(filter);
     allowSignals(filter);
     allowQuestions(filter);
     allowFiles(filter);
-    if (const int error = filter.load(); error != 0)
-        return Error{std::string("seccomp: ") + strerror(-error)};
-    return std::nullopt;
+    return filter.load();
 }
 
 }  // namespace skavlo

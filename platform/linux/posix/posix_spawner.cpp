@@ -27,9 +27,12 @@ std::vector<ChildDescriptor> ownOutputs() {
 }
 
 // The one place that knows how a child becomes root. Who is root in effect makes the child root
-// altogether; for anybody else a set-uid program would have to come before the arguments here.
-void becomeRoot(ChildDescription& child) {
-    if (geteuid() == 0) child.identity = ChildIdentity{0, 0};
+// altogether.
+void becomeRoot(ChildDescription& child, const PersonaInstallation& installation) {
+    if (geteuid() == 0)
+        child.identity = ChildIdentity{0, 0};
+    else
+        child.arguments = commandForRoot(child.arguments, installation);
 }
 
 // Of this child only: its end when `options` let it be waited for; 0 while it runs.
@@ -43,13 +46,27 @@ pid_t waitFor(pid_t pid, int& status, int options) {
 
 }  // namespace
 
+const PersonaInstallation& builtInInstallation() {
+    static const PersonaInstallation kInstallation{SKAVLO_INSTALLED_DIRECTORY "/skavlo",
+                                                   SKAVLO_INSTALLED_DIRECTORY "/skavlo-persona"};
+    return kInstallation;
+}
+
+std::vector<std::string> commandForRoot(const std::vector<std::string>& arguments,
+                                        const PersonaInstallation& installation) {
+    const bool fits = arguments.size() == 2 && arguments[0] == installation.executable &&
+                      (arguments[1] == "-hud" || arguments[1] == "-check");
+    if (!fits || access(installation.helper.c_str(), X_OK) != 0) return arguments;
+    return {installation.helper, arguments[1]};
+}
+
 std::optional<int> PosixSpawner::posix_spawn(const SpawnDescription& description) {
     ChildDescription plan;
     plan.arguments = description.arguments;
     plan.environment = ownEnvironment();
     plan.descriptors = ownOutputs();
     plan.group = description.ownProcessGroup ? ChildGroup::own : ChildGroup::ofParent;
-    if (description.asRoot) becomeRoot(plan);
+    if (description.asRoot) becomeRoot(plan, installation_);
     auto child = spawnChild(plan);
     if (!child) return std::nullopt;
     const pid_t pid = child->pid();

@@ -145,6 +145,38 @@ TEST(PosixSpawner, WhoIsNotRootStartsTheChildAsItself) {
               0);
 }
 
+TEST(PosixSpawner, TheHelperStandsBeforeWhatItRuns) {
+    const PersonaInstallation installed{"/opt/skavlo", "/bin/true"};
+    using Command = std::vector<std::string>;
+    EXPECT_EQ(commandForRoot({"/opt/skavlo", "-hud"}, installed), (Command{"/bin/true", "-hud"}));
+    EXPECT_EQ(commandForRoot({"/opt/skavlo", "-check"}, installed),
+              (Command{"/bin/true", "-check"}));
+    for (const Command& other :
+         {Command{"/opt/skavlo", "-exit"}, Command{"/opt/skavlo"}, Command{"/build/skavlo", "-hud"},
+          Command{"/opt/skavlo", "-hud", "-hud"}, Command{}})
+        EXPECT_EQ(commandForRoot(other, installed), other);
+}
+
+TEST(PosixSpawner, WithoutAHelperToRunTheCommandStays) {
+    const std::vector<std::string> command{"/opt/skavlo", "-hud"};
+    EXPECT_EQ(commandForRoot(command, {"/opt/skavlo", "/nonexistent"}), command);
+    EXPECT_EQ(commandForRoot(command, {"/opt/skavlo", "/etc/passwd"}), command);
+}
+
+TEST(PosixSpawner, WhoIsNotRootGoesThroughTheHelper) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can take another identity";
+    EXPECT_EQ(inChild([] {
+                  if (setresuid(kNobody, kNobody, kNobody) != 0) return 1;
+                  // One that always fails in the place of one that never does.
+                  PosixSpawner spawner({"/bin/true", "/bin/false"});
+                  SpawnDescription probe{.arguments = {"/bin/true", "-check"}, .asRoot = true};
+                  if (statusOf(spawner, probe) != 1) return 2;
+                  probe.asRoot = false;
+                  return statusOf(spawner, probe) == 0 ? 0 : 3;
+              }),
+              0);
+}
+
 TEST(PosixSpawner, ChildrenOutliveTheSpawner) {
     std::optional<int> pid;
     {
