@@ -32,18 +32,18 @@ std::string readLine(int descriptor, const Deadline& deadline) {
 
 }  // namespace
 
-Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment) {
+Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment,
+                                     const std::vector<std::string>& runner) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return Error{"no pipe for the message bus"};
     }
     const FileDescriptor address(ends[0]);
     FileDescriptor answer(ends[1]);
-    auto bus = Child::start({{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                              "--print-address=" + std::to_string(answer.get())},
-                             environment,
-                             {answer.get()},
-                             -1});
+    std::vector<std::string> command = runner;
+    command.insert(command.end(), {"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                   "--print-address=" + std::to_string(answer.get())});
+    auto bus = Child::start({command, environment, {answer.get()}, -1});
     if (!bus) {
         return bus.error();
     }
