@@ -13,7 +13,6 @@ WaylandOutputs::WaylandOutputs(WaylandConnection& connection) : connection_(conn
     for (const auto& global : connection_.globals()) add(global);
     connection_.setGlobalHandlers([this](const auto& global) { add(global); },
                                   [this](const auto& global) { remove(global); });
-    connection_.roundTrip();
 }
 
 WaylandOutputs::~WaylandOutputs() {

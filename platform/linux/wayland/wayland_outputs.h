@@ -17,7 +17,7 @@ namespace skavlo {
 // The compositor's outputs, kept up to date. Wayland knows no primary output.
 class WaylandOutputs final : public Screen {
   public:
-    // Takes a round trip, after which what there is is known.
+    // What there is is known after a round trip.
     explicit WaylandOutputs(WaylandConnection& connection);
     ~WaylandOutputs() override;
     WaylandOutputs(const WaylandOutputs&) = delete;

@@ -45,6 +45,7 @@ WaylandWindowServer::WaylandWindowServer(AsioRunLoop& runLoop,
         if (window_) window_->outputsChanged();
     });
     listenPresentation();
+    connection_->roundTrip();
     connection_->setIdleHandler([this] {
         if (window_) window_->settle();
     });

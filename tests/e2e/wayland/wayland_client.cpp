@@ -69,11 +69,11 @@ void WaylandClient::State::draw() {
 
 void WaylandClient::State::listenPointer() {
     static constexpr wl_pointer_listener kListener{
-        .enter = [](void* data, wl_pointer*, std::uint32_t, wl_surface*, wl_fixed_t x,
-                    wl_fixed_t y) {
-            static_cast<State*>(data)->pointerPlace = {wl_fixed_to_double(x),
-                                                       wl_fixed_to_double(y)};
-        },
+        .enter =
+            [](void* data, wl_pointer*, std::uint32_t, wl_surface*, wl_fixed_t x, wl_fixed_t y) {
+                static_cast<State*>(data)->pointerPlace = {wl_fixed_to_double(x),
+                                                           wl_fixed_to_double(y)};
+            },
         .leave = [](void*, wl_pointer*, std::uint32_t, wl_surface*) {},
         .motion =
             [](void* data, wl_pointer*, std::uint32_t, wl_fixed_t x, wl_fixed_t y) {
@@ -99,11 +99,12 @@ void WaylandClient::State::listenPointer() {
 
 void WaylandClient::State::listenTouch() {
     static constexpr wl_touch_listener kListener{
-        .down = [](void* data, wl_touch*, std::uint32_t, std::uint32_t, wl_surface*, std::int32_t,
-                   wl_fixed_t x, wl_fixed_t y) {
-            static_cast<State*>(data)->touches.push_back(
-                {wl_fixed_to_double(x), wl_fixed_to_double(y)});
-        },
+        .down =
+            [](void* data, wl_touch*, std::uint32_t, std::uint32_t, wl_surface*, std::int32_t,
+               wl_fixed_t x, wl_fixed_t y) {
+                static_cast<State*>(data)->touches.push_back(
+                    {wl_fixed_to_double(x), wl_fixed_to_double(y)});
+            },
         .up = [](void*, wl_touch*, std::uint32_t, std::uint32_t, std::int32_t) {},
         .motion = [](void*, wl_touch*, std::uint32_t, std::int32_t, wl_fixed_t, wl_fixed_t) {},
         .frame = [](void*, wl_touch*) {},

@@ -107,8 +107,8 @@ void WaylandRig::startOverlay(const std::vector<std::string>& environment) {
         });
         all.push_back(variable);
     }
-    const rig::FileDescriptor output(open(session_->file("overlay").c_str(),
-                                          O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
+    const rig::FileDescriptor output(
+        open(session_->file("overlay").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
     auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, all, {}, output.get()});
     ASSERT_TRUE(overlay) << overlay.error().message;
     overlay_ = std::move(*overlay);

@@ -22,7 +22,7 @@ constexpr std::chrono::seconds kStartTime(30);
 // Without what a test runs under; the kernel ends the program with the test.
 std::vector<std::string> asNobody(const std::vector<std::string>& command) {
     const std::string id = std::to_string(kNobody);
-    std::vector<std::string> result{"setpriv", "--reuid",        id,            "--regid", id,
+    std::vector<std::string> result{"setpriv",        "--reuid",     id,    "--regid", id,
                                     "--clear-groups", "--pdeathsig", "TERM"};
     result.insert(result.end(), command.begin(), command.end());
     return result;
@@ -98,8 +98,8 @@ Result<WaylandSession> WaylandSession::start(const WaylandSessionOptions& option
     if (chown(pattern.c_str(), kNobody, kNobody) != 0) return Error{"the directory stays root's"};
 
     std::vector<std::string> environment{
-        "LD_PRELOAD",     "UMOCKDEV_DIR", "WAYLAND_DISPLAY", "DISPLAY", "XAUTHORITY",
-        "HOME=" + pattern, "XDG_RUNTIME_DIR=" + pattern};
+        "LD_PRELOAD", "UMOCKDEV_DIR",    "WAYLAND_DISPLAY",           "DISPLAY",
+        "XAUTHORITY", "HOME=" + pattern, "XDG_RUNTIME_DIR=" + pattern};
     for (const std::string& variable : options.environment) {
         environment.push_back(session.expand(variable));
     }

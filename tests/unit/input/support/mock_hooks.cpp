@@ -1,5 +1,5 @@
-// Two things libinput asks that umockdev does not answer. In a test program the linker prefers these
-// functions to the libraries'; other programs get them preloaded.
+// Two things libinput asks that umockdev does not answer. In a test program the linker prefers
+// these functions to the libraries'; other programs get them preloaded.
 #include "tests/unit/input/support/mock_hooks.h"
 
 #include <fcntl.h>
