@@ -1,6 +1,5 @@
 #include "tests/e2e/wayland/wayland_client.h"
 
-#include <fake_input.h>
 #include <linux/input-event-codes.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -10,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <string_view>
 #include <utility>
 
 namespace skavlo {
@@ -25,7 +25,6 @@ struct WaylandClient::State {
     wl_touch* touch = nullptr;
     xdg_wm_base* shell = nullptr;
     zwlr_virtual_pointer_v1* virtualPointer = nullptr;
-    org_kde_kwin_fake_input* fakeInput = nullptr;
     wl_surface* surface = nullptr;
     PixelSize size;
     std::uint32_t colour = 0;
@@ -140,7 +139,14 @@ Result<std::unique_ptr<WaylandClient>> WaylandClient::connect(const std::string&
         .global =
             [](void* data, wl_registry*, std::uint32_t name, const char* interface,
                std::uint32_t version) {
-                static_cast<State*>(data)->globals[interface] = {name, version};
+                auto& self = *static_cast<State*>(data);
+                self.globals[interface] = {name, version};
+                // Some compositors have a seat only once there is a device.
+                if (!self.seat && interface == std::string_view(wl_seat_interface.name)) {
+                    constexpr std::uint32_t kSeatVersion = 4;
+                    self.seat = self.bind<wl_seat>(wl_seat_interface, kSeatVersion);
+                    self.listenSeat();
+                }
             },
         .global_remove = [](void*, wl_registry*, std::uint32_t) {}};
     state->registry = wl_display_get_registry(state->display);
@@ -150,8 +156,7 @@ Result<std::unique_ptr<WaylandClient>> WaylandClient::connect(const std::string&
     state->compositor = state->bind<wl_compositor>(wl_compositor_interface, kVersion);
     state->shm = state->bind<wl_shm>(wl_shm_interface, 1);
     state->shell = state->bind<xdg_wm_base>(xdg_wm_base_interface, 1);
-    state->seat = state->bind<wl_seat>(wl_seat_interface, kVersion);
-    if (!state->compositor || !state->shm || !state->shell || !state->seat) {
+    if (!state->compositor || !state->shm || !state->shell) {
         return Error{"the compositor lacks what an ordinary client needs"};
     }
     static constexpr xdg_wm_base_listener kShellListener{
@@ -159,7 +164,6 @@ Result<std::unique_ptr<WaylandClient>> WaylandClient::connect(const std::string&
             xdg_wm_base_pong(shell, serial);
         }};
     xdg_wm_base_add_listener(state->shell, &kShellListener, state.get());
-    state->listenSeat();
     wl_display_roundtrip(state->display);
     return std::unique_ptr<WaylandClient>(new WaylandClient(std::move(state)));
 }
@@ -241,28 +245,8 @@ bool WaylandClient::click(PixelPoint place, PixelSize extent) {
     return true;
 }
 
-bool WaylandClient::touchDown(std::uint32_t id, Point place) {
-    State& state = *state_;
-    if (!state.fakeInput) {
-        state.fakeInput = state.bind<org_kde_kwin_fake_input>(org_kde_kwin_fake_input_interface, 2);
-        if (!state.fakeInput) return false;
-        org_kde_kwin_fake_input_authenticate(state.fakeInput, "tests", "touches");
-        if (!waitUntil([&] { return state.touch != nullptr; },
-                       rig::Deadline(std::chrono::seconds(10)))) {
-            return false;
-        }
-    }
-    org_kde_kwin_fake_input_touch_down(state.fakeInput, id, wl_fixed_from_double(place.x),
-                                       wl_fixed_from_double(place.y));
-    org_kde_kwin_fake_input_touch_frame(state.fakeInput);
-    roundTrip();
-    return true;
-}
-
-void WaylandClient::touchUp(std::uint32_t id) {
-    org_kde_kwin_fake_input_touch_up(state_->fakeInput, id);
-    org_kde_kwin_fake_input_touch_frame(state_->fakeInput);
-    roundTrip();
+bool WaylandClient::hasTouch() const {
+    return state_->touch != nullptr;
 }
 
 void WaylandClient::roundTrip() {

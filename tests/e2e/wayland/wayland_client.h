@@ -32,10 +32,12 @@ class WaylandClient {
     [[nodiscard]] const std::vector<Point>& presses() const;
     [[nodiscard]] const std::vector<Point>& touches() const;
 
-    // Input that the compositor believes in; `place` and `extent` in points of the whole desktop.
+    // Whether the compositor has offered touches.
+    [[nodiscard]] bool hasTouch() const;
+
+    // Of a pointer that this client moves; `place` in points of the whole desktop, which is as
+    // large as `extent`. False: the compositor lets it not.
     bool click(PixelPoint place, PixelSize extent);
-    bool touchDown(std::uint32_t id, Point place);
-    void touchUp(std::uint32_t id);
 
     // Reads events until the condition holds; false: it does not at the deadline, or the
     // connection broke.

@@ -75,6 +75,14 @@ void WaylandRig::startSession(const WaylandSessionOptions& options) {
     session_ = std::move(*session);
 }
 
+void WaylandRig::startDemandingSession(const std::string& program,
+                                       const WaylandSessionOptions& options) {
+    if (const auto reason = whyNotRunnable(program)) GTEST_SKIP() << *reason;
+    auto session = WaylandSession::start(options);
+    if (!session) GTEST_SKIP() << session.error().message;
+    session_ = std::move(*session);
+}
+
 void WaylandRig::startClient() {
     auto client = WaylandClient::connect(session_->socket());
     ASSERT_TRUE(client) << client.error().message;

@@ -19,8 +19,10 @@ class WaylandRig : public OverlayFiles {
   protected:
     static constexpr std::chrono::seconds kPatience{20};
 
-    // Skips the test where the program cannot run.
+    // Skips the test where the compositor is not installed; one that does not start is a failure.
     void startSession(const WaylandSessionOptions& options);
+    // Here that is no failure either: it asks for more than every machine has.
+    void startDemandingSession(const std::string& program, const WaylandSessionOptions& options);
     // A full-screen window of the background's colour.
     void startClient();
     // A machine without input devices, as far as the overlay sees.

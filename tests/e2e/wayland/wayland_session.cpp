@@ -16,12 +16,11 @@ namespace skavlo {
 
 namespace {
 
-constexpr uid_t kNobody = 65534;
 constexpr std::chrono::seconds kStartTime(30);
 
 // Without what a test runs under; the kernel ends the program with the test.
 std::vector<std::string> asNobody(const std::vector<std::string>& command) {
-    const std::string id = std::to_string(kNobody);
+    const std::string id = std::to_string(kSessionUser);
     std::vector<std::string> result{"setpriv",        "--reuid",     id,    "--regid", id,
                                     "--clear-groups", "--pdeathsig", "TERM"};
     result.insert(result.end(), command.begin(), command.end());
@@ -95,7 +94,8 @@ Result<WaylandSession> WaylandSession::start(const WaylandSessionOptions& option
     for (const auto& [name, text] : options.files) {
         std::ofstream(session.file(name)) << session.expand(text);
     }
-    if (chown(pattern.c_str(), kNobody, kNobody) != 0) return Error{"the directory stays root's"};
+    if (chown(pattern.c_str(), kSessionUser, kSessionUser) != 0)
+        return Error{"the directory stays root's"};
 
     std::vector<std::string> environment{
         "LD_PRELOAD", "UMOCKDEV_DIR",    "WAYLAND_DISPLAY",           "DISPLAY",
@@ -142,6 +142,17 @@ std::string WaylandSession::waitForContents(const std::string& name,
         [&](const std::string& found) { return found == name && !contents(file(name)).empty(); },
         -1, deadline);
     return contents(file(name));
+}
+
+Result<rig::Child> WaylandSession::start(const std::vector<std::string>& arguments,
+                                         int input) const {
+    auto environment = this->environment();
+    environment.emplace_back("LD_PRELOAD");
+    std::vector<std::string> command{
+        "sh", "-c", "exec \"$@\" <&" + std::to_string(input) + " " + std::to_string(input) + "<&-",
+        "sh"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return rig::Child::start({asNobody(command), environment, {input}, -1});
 }
 
 Result<std::string> WaylandSession::run(const std::vector<std::string>& arguments) const {

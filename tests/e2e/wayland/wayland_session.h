@@ -21,6 +21,9 @@ struct WaylandSessionOptions {
     bool bus = false;                               // with a message bus
 };
 
+// "nobody", who runs it all.
+inline constexpr unsigned kSessionUser = 65534;
+
 // Why the program cannot run here; none: it can.
 std::optional<std::string> whyNotRunnable(const std::string& program);
 
@@ -39,6 +42,9 @@ class WaylandSession {
     // Runs a program of the session's user to its end and returns its output; an error when it
     // fails.
     [[nodiscard]] Result<std::string> run(const std::vector<std::string>& arguments) const;
+    // Starts one that goes on, with this descriptor as its standard input.
+    [[nodiscard]] Result<rig::Child> start(const std::vector<std::string>& arguments,
+                                           int input) const;
     [[nodiscard]] rig::Child& compositor() { return *compositor_; }
     // Address of the message bus.
     [[nodiscard]] std::string busAddress() const;
