@@ -29,6 +29,7 @@ struct WaylandClient::State {
     PixelSize size;
     std::uint32_t colour = 0;
     bool shown = false;
+    bool entered = false;
     Point pointerPlace;
     std::vector<Point> presses;
     std::vector<Point> touches;
@@ -70,8 +71,9 @@ void WaylandClient::State::listenPointer() {
     static constexpr wl_pointer_listener kListener{
         .enter =
             [](void* data, wl_pointer*, std::uint32_t, wl_surface*, wl_fixed_t x, wl_fixed_t y) {
-                static_cast<State*>(data)->pointerPlace = {wl_fixed_to_double(x),
-                                                           wl_fixed_to_double(y)};
+                auto& self = *static_cast<State*>(data);
+                self.entered = true;
+                self.pointerPlace = {wl_fixed_to_double(x), wl_fixed_to_double(y)};
             },
         .leave = [](void*, wl_pointer*, std::uint32_t, wl_surface*) {},
         .motion =
@@ -243,6 +245,10 @@ bool WaylandClient::click(PixelPoint place, PixelSize extent) {
     }
     roundTrip();
     return true;
+}
+
+bool WaylandClient::pointerEntered() const {
+    return state_->entered;
 }
 
 bool WaylandClient::hasTouch() const {

@@ -32,6 +32,8 @@ class WaylandClient {
     [[nodiscard]] const std::vector<Point>& presses() const;
     [[nodiscard]] const std::vector<Point>& touches() const;
 
+    // Whether the pointer has come over the window.
+    [[nodiscard]] bool pointerEntered() const;
     // Whether the compositor has offered touches.
     [[nodiscard]] bool hasTouch() const;
 
