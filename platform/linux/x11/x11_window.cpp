@@ -20,6 +20,8 @@ namespace {
 constexpr std::uint8_t kDepth = 32;
 // Another window that also insists on being the topmost one must not turn into a race.
 constexpr double kRaiseAgainSeconds = 0.02;
+// Two frames of a display with 60 a second.
+constexpr double kDrawingHandedOnSeconds = 2.0 / 60;
 
 std::vector<xcb_rectangle_t> toXcb(const std::vector<PixelRect>& rects) {
     std::vector<xcb_rectangle_t> result;
@@ -134,10 +136,28 @@ void X11Window::windowManagerChanged() {
     inputShapeIsForgotten_ = forgetsInputShapes(version);
 }
 
-// To be called before each draw: only a shape that is another one reaches the compositor, together
-// with the drawing. A corner of one pixel does no harm.
+// To be called before each draw. XWayland may hand the drawing on only with the compositor's next
+// frame, behind the shape, so the shape changes again when that must be over.
 void X11Window::renewInputShape() {
     if (!inputShapeIsForgotten_) return;
+    changeInputShape();
+    drawnSinceInputShape_ = true;
+    if (!inputShapeScheduled_) changeInputShapeLater();
+}
+
+void X11Window::changeInputShapeLater() {
+    inputShapeScheduled_ = true;
+    drawnSinceInputShape_ = false;
+    inputShapeTimer_ = runLoop_.scheduledTimer(kDrawingHandedOnSeconds, false, [this] {
+        inputShapeScheduled_ = false;
+        changeInputShape();
+        connection_.flush();
+        if (drawnSinceInputShape_) changeInputShapeLater();
+    });
+}
+
+// Only a shape that is another one reaches the compositor. A corner of one pixel does no harm.
+void X11Window::changeInputShape() {
     inputShapeHasCorner_ = !inputShapeHasCorner_;
     const xcb_rectangle_t corner{0, 0, 1, 1};
     xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,

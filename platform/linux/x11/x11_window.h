@@ -41,6 +41,8 @@ class X11Window final : public Window {
     void makeClickThrough();
     void windowManagerChanged();
     void renewInputShape();
+    void changeInputShape();
+    void changeInputShapeLater();
     void handle(const xcb_generic_event_t& event);
     void exposed(const xcb_expose_event_t& event);
     void handleStacking(const xcb_generic_event_t& event, int type);
@@ -66,6 +68,9 @@ class X11Window final : public Window {
     xcb_atom_t windowManagerCheck_ = 0;
     bool inputShapeIsForgotten_ = false;  // see forgetsInputShapes()
     bool inputShapeHasCorner_ = false;
+    bool drawnSinceInputShape_ = false;
+    bool inputShapeScheduled_ = false;
+    std::unique_ptr<Timer> inputShapeTimer_;
     bool composited_ = false;
     bool onTop_ = false;
     bool raiseScheduled_ = false;
