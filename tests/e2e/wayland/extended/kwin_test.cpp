@@ -68,6 +68,7 @@ class KWin : public WaylandRig {
         injector_ = std::move(*injector);
         ASSERT_TRUE(client().waitUntil([&] { return client().hasTouch(); }, Deadline(kPatience)))
             << "KWin has no touches";
+        client().roundTrip();  // KWin knows that the client wants them
     }
 
     std::optional<BusClient> bus_;
