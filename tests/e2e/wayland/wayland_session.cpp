@@ -145,14 +145,10 @@ std::string WaylandSession::waitForContents(const std::string& name,
 }
 
 Result<rig::Child> WaylandSession::start(const std::vector<std::string>& arguments,
-                                         int input) const {
+                                         int inherited) const {
     auto environment = this->environment();
     environment.emplace_back("LD_PRELOAD");
-    std::vector<std::string> command{
-        "sh", "-c", "exec \"$@\" <&" + std::to_string(input) + " " + std::to_string(input) + "<&-",
-        "sh"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    return rig::Child::start({asNobody(command), environment, {input}, -1});
+    return rig::Child::start({asNobody(arguments), environment, {inherited}, -1});
 }
 
 Result<std::string> WaylandSession::run(const std::vector<std::string>& arguments) const {

@@ -61,9 +61,9 @@ class KWin : public WaylandRig {
         ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
         const rig::FileDescriptor read(ends[0]);
         touchNow_ = rig::FileDescriptor(ends[1]);
-        auto injector = session().start(
-            {program, session().socket(), std::to_string(place.x), std::to_string(place.y)},
-            read.get());
+        auto injector = session().start({program, session().socket(), std::to_string(place.x),
+                                         std::to_string(place.y), std::to_string(read.get())},
+                                        read.get());
         ASSERT_TRUE(injector) << injector.error().message;
         injector_ = std::move(*injector);
         ASSERT_TRUE(client().waitUntil([&] { return client().hasTouch(); }, Deadline(kPatience)))

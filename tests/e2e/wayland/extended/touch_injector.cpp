@@ -1,6 +1,6 @@
-// touch_injector SOCKET X Y: touches the place in KWin's desktop for a moment for every byte on its
-// standard input. A program of its own, for KWin lets only those do so whose file it can see, so
-// not root's.
+// touch_injector SOCKET X Y DESCRIPTOR: touches the place in KWin's desktop for a moment for every
+// byte from the descriptor. A program of its own, for KWin lets only those do so whose file it can
+// see, so not root's.
 #include <fake_input.h>
 #include <unistd.h>
 #include <wayland-client.h>
@@ -10,7 +10,7 @@
 #include <string_view>
 
 int main(int argc, char** argv) {
-    if (argc != 4) return 2;
+    if (argc != 5) return 2;
     wl_display* display = wl_display_connect(argv[1]);
     if (!display) return 1;
     org_kde_kwin_fake_input* input = nullptr;
@@ -31,8 +31,9 @@ int main(int argc, char** argv) {
     wl_display_roundtrip(display);
     const wl_fixed_t x = wl_fixed_from_int(std::atoi(argv[2]));
     const wl_fixed_t y = wl_fixed_from_int(std::atoi(argv[3]));
+    const int orders = std::atoi(argv[4]);
     char byte = 0;
-    while (read(STDIN_FILENO, &byte, 1) == 1) {
+    while (read(orders, &byte, 1) == 1) {
         org_kde_kwin_fake_input_touch_down(input, 0, x, y);
         org_kde_kwin_fake_input_touch_frame(input);
         wl_display_roundtrip(display);
