@@ -6,6 +6,7 @@
 
 #include "overlay/overlay_app_delegate.h"
 #include "platform/linux/confine/confinement.h"
+#include "platform/linux/x11/connect_to_x.h"
 
 namespace skavlo {
 
@@ -37,12 +38,13 @@ void LinuxOverlaySystem::end(int status) {
 }
 
 bool LinuxOverlaySystem::UIScreen_initialize() {
-    auto server = X11WindowServer::connect(runLoop_);
+    auto server = openWindowServer(runLoop_);
     if (!server) {
         std::fprintf(stderr, "skavlo: %s\n", server.error().message.c_str());
         return false;
     }
-    windowServer_ = std::move(*server);
+    windowServer_ = std::move(server->server);
+    windowServerKind_ = server->kind;
     windowServer_->setLostHandler([this] { end(1); });
     return true;
 }
@@ -50,17 +52,33 @@ bool LinuxOverlaySystem::UIScreen_initialize() {
 void LinuxOverlaySystem::setNewDelegate() {
     g_skv_overlayAppDelegate = std::make_unique<OverlayAppDelegate>(
         OverlayServices{runLoop_, clock_, files_, propertyLists_, notifications_,
-                        windowServer_->outputs(), captureState_, rasterizer_, directory_},
+                        windowServer_->screen(), captureState_, rasterizer_, directory_},
         *windowServer_);
 }
 
 HidEventSystemClient* LinuxOverlaySystem::IOHIDEventSystemClientCreate() {
     InputOptions options;
-    options.layout = [this] { return windowServer_->outputs().layout(); };
-    options.connectX = [] { return xcb_connect(nullptr, nullptr); };
+    options.layout = [this] { return windowServer_->layout(); };
+    // A Wayland compositor tells nobody of touches on other people's windows.
+    if (windowServerKind_ == WindowServerKind::x11) {
+        options.connectX = [] { return connectToX(nullptr); };
+    }
     input_ = std::make_unique<InputSelector>(runLoop_.context(), std::move(options));
-    windowServer_->outputs().addChangeHandler([this] { input_->layoutChanged(); });
+    input_->setTouchOutputHandler(
+        [this](const std::string& output) { windowServer_->setTouchOutput(output); });
+    windowServer_->addLayoutHandler([this] { input_->layoutChanged(); });
+    runLoop_.async([this] { sayWithoutInput(); });
     return input_.get();
+}
+
+// One that is plugged in later is read all the same.
+void LinuxOverlaySystem::sayWithoutInput() const {
+    if (input_->source() != InputSourceKind::none) return;
+    std::fputs(windowServerKind_ == WindowServerKind::wayland
+                   ? "skavlo: no touchscreen can be read; on Wayland that takes the rights to "
+                     "/dev/input\n"
+                   : "skavlo: no touchscreen and no pointer can be read\n",
+               stderr);
 }
 
 std::optional<int> LinuxOverlaySystem::operatingSystemMajorVersion() const {

@@ -11,7 +11,7 @@
 #include "platform/linux/plist/plist_property_lists.h"
 #include "platform/linux/posix/posix_files.h"
 #include "platform/linux/posix/posix_process.h"
-#include "platform/linux/x11/x11_window_server.h"
+#include "platform/linux/window_servers/open.h"
 #include "platform/overlay_system.h"
 #include "settings/settings_directory.h"
 
@@ -46,6 +46,7 @@ class LinuxOverlaySystem final : public OverlaySystem {
 
   private:
     void end(int status);
+    void sayWithoutInput() const;
 
     SettingsDirectory directory_;
     AsioRunLoop runLoop_;
@@ -57,7 +58,8 @@ class LinuxOverlaySystem final : public OverlaySystem {
     NeverCaptured captureState_;
     RasterClient rasterizer_;
     asio::signal_set signals_;
-    std::unique_ptr<X11WindowServer> windowServer_;
+    std::unique_ptr<DesktopWindowServer> windowServer_;
+    WindowServerKind windowServerKind_ = WindowServerKind::none;
     std::unique_ptr<InputSelector> input_;
 };
 

@@ -30,20 +30,26 @@ void FrameLoop::displayIfNeeded() {
     const Frame frame = window_->beginFrame();
     if (!frame.pixels) return;
     needsDisplay_ = false;
-    if (!refreshRequested_) animationTime_ = clock_.mach_absolute_time();
+    if (!refreshRequested_) animationTime_ = presentationTime();
     const auto damage = painter_.paint(*scene_, frame, screen_.scale(), animationTime_);
-    if (!damage.empty()) window_->commitFrame(damage);
+    // Before the frame, for a window server that takes both in one go.
     if (!refreshRequested_ && scene_->animating(animationTime_)) {
         refreshRequested_ = true;
         window_->requestRefresh();
     }
+    if (!damage.empty()) window_->commitFrame(damage);
 }
 
 void FrameLoop::refresh() {
     refreshRequested_ = false;
     needsDisplay_ = true;
-    scene_->expire(clock_.mach_absolute_time());
+    scene_->expire(presentationTime());
     displayIfNeeded();
+}
+
+// Animations are looked at as of then, so that they move evenly.
+MachTime FrameLoop::presentationTime() const {
+    return window_->presentationTime(clock_.mach_absolute_time());
 }
 
 }  // namespace skavlo

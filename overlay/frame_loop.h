@@ -26,6 +26,7 @@ class FrameLoop {
   private:
     void displayIfNeeded();
     void refresh();
+    [[nodiscard]] MachTime presentationTime() const;
 
     RunLoop& runLoop_;
     const Clock& clock_;

@@ -51,6 +51,8 @@ class Window {
     virtual void commitFrame(std::span<const PixelRect> damage) = 0;
     // Asks for one `refresh` at the display's next refresh.
     virtual void requestRefresh() = 0;
+    // When a frame that is committed now will be seen; `now` where the window server does not say.
+    [[nodiscard]] virtual MachTime presentationTime(MachTime now) const { return now; }
     virtual void setFrameHandlers(FrameHandlers handlers) = 0;
 };
 

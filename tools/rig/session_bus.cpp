@@ -32,7 +32,8 @@ std::string readLine(int descriptor, const Deadline& deadline) {
 
 }  // namespace
 
-Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment) {
+Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment,
+                                     const std::vector<std::string>& runner) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         return Error{"no pipe for the message bus"};
@@ -41,11 +42,10 @@ Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment
     FileDescriptor answer(ends[1]);
     // It talks of every service that it starts.
     const FileDescriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
-    auto bus = Child::start({{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                              "--print-address=" + std::to_string(answer.get())},
-                             environment,
-                             {answer.get()},
-                             nowhere.get()});
+    std::vector<std::string> command = runner;
+    command.insert(command.end(), {"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                   "--print-address=" + std::to_string(answer.get())});
+    auto bus = Child::start({command, environment, {answer.get()}, nowhere.get()});
     if (!bus) {
         return bus.error();
     }

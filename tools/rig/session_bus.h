@@ -13,7 +13,10 @@ namespace skavlo::rig {
 class SessionBus {
   public:
     // `environment` reaches the services that the bus starts: where the display is, for example.
-    static Result<SessionBus> start(const std::vector<std::string>& environment);
+    // `runner`: words before the command, as for running it as another user, who then alone may
+    // use the bus.
+    static Result<SessionBus> start(const std::vector<std::string>& environment,
+                                    const std::vector<std::string>& runner = {});
 
     // What a client's environment needs, as NAME=VALUE.
     [[nodiscard]] std::string environment() const { return "DBUS_SESSION_BUS_ADDRESS=" + address_; }

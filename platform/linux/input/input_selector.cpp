@@ -89,7 +89,11 @@ InputSourceKind InputSelector::wantedSource() const {
 
 void InputSelector::choose() {
     const InputSourceKind wanted = wantedSource();
-    if (wanted == source_) return;
+    if (wanted != source_) change(wanted);
+    noteTouchOutput();
+}
+
+void InputSelector::change(InputSourceKind wanted) {
     xinput2_.reset();
     pointer_.reset();
     tracker_.endAll(clock_.mach_absolute_time());
@@ -101,11 +105,32 @@ void InputSelector::choose() {
     if (sourceHandler_) sourceHandler_(source_);
 }
 
+std::string InputSelector::touchOutput() const {
+    if (source_ == InputSourceKind::libinput) return libinput_->mappedOutput();
+    if (source_ != InputSourceKind::xinput2) return {};
+    for (const XInputDevice& device : x_->devices()) {
+        if (!device.enabled || !device.directTouch) continue;
+        const std::string output =
+            mappedOutput(layout_, {.desktopTransform = device.coordinateTransformation});
+        if (!output.empty()) return output;
+    }
+    return {};
+}
+
+// The handler may change the layout, which leads here again, and then to the same name.
+void InputSelector::noteTouchOutput() {
+    std::string output = touchOutput();
+    if (output == touchOutput_) return;
+    touchOutput_ = std::move(output);
+    if (touchOutputHandler_) touchOutputHandler_(touchOutput_);
+}
+
 void InputSelector::layoutChanged() {
     if (options_.layout) layout_ = options_.layout();
     if (libinput_) libinput_->setLayout(layout_);
     if (xinput2_) xinput2_->setLayout(layout_);
     if (pointer_) pointer_->setLayout(layout_);
+    noteTouchOutput();
 }
 
 void InputSelector::registerEventCallback(HidEventCallback callback, void* target, void* refcon) {
@@ -124,6 +149,10 @@ MachTime InputSelector::mach_absolute_time() const {
 
 void InputSelector::setSourceHandler(std::function<void(InputSourceKind)> handler) {
     sourceHandler_ = std::move(handler);
+}
+
+void InputSelector::setTouchOutputHandler(std::function<void(const std::string&)> handler) {
+    touchOutputHandler_ = std::move(handler);
 }
 
 void InputSelector::deliver(const HidEvent& event) {

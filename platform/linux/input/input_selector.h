@@ -3,6 +3,7 @@
 #include <asio/io_context.hpp>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "platform/digitizer/contact_tracker.h"
 #include "platform/hid.h"
@@ -50,6 +51,9 @@ class InputSelector final : public HidEventSystemClient {
     // The outputs or their scale changed.
     void layoutChanged();
 
+    // Told the output that the touchscreen is mapped to, or an empty name, whenever that differs.
+    void setTouchOutputHandler(std::function<void(const std::string&)> handler);
+
     // For diagnostics.
     [[nodiscard]] InputSourceKind source() const { return source_; }
     void setSourceHandler(std::function<void(InputSourceKind)> handler);
@@ -63,6 +67,9 @@ class InputSelector final : public HidEventSystemClient {
     [[nodiscard]] std::optional<XDevicePlacement> xPlacement(const std::string& node) const;
     [[nodiscard]] InputSourceKind wantedSource() const;
     void choose();
+    void change(InputSourceKind wanted);
+    [[nodiscard]] std::string touchOutput() const;
+    void noteTouchOutput();
 
     asio::io_context& context_;
     InputOptions options_;
@@ -74,6 +81,8 @@ class InputSelector final : public HidEventSystemClient {
     void* target_ = nullptr;
     void* refcon_ = nullptr;
     std::function<void(InputSourceKind)> sourceHandler_;
+    std::function<void(const std::string&)> touchOutputHandler_;
+    std::string touchOutput_;
     InputSourceKind source_ = InputSourceKind::none;
     std::unique_ptr<SleepWatch> sleep_;
     std::unique_ptr<XInputConnection> x_;

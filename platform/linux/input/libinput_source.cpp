@@ -172,7 +172,7 @@ void LibinputSource::addDevice(libinput_device* handle) {
         libinput_device_config_send_events_set_mode(handle, LIBINPUT_CONFIG_SEND_EVENTS_DISABLED);
         return;
     }
-    Device device{nextId_++, handle, nodeOf(handle), {}};
+    Device device{nextId_++, handle, nodeOf(handle), {}, {}};
     place(device);
     devices_.push_back(std::move(device));
     if (devicesHandler_) devicesHandler_();
@@ -189,9 +189,22 @@ void LibinputSource::removeDevice(libinput_device* handle) {
 void LibinputSource::place(Device& device) {
     const std::optional<XDevicePlacement> x = xLookup_ ? xLookup_(device.node) : std::nullopt;
     calibrate(device.handle, x ? x->calibration : std::nullopt);
-    device.toPoints = deviceToPoints(
-        layout_, {.outputName = outputNameOf(device.handle),
-                  .desktopTransform = x ? std::optional(x->desktopTransform) : std::nullopt});
+    const DevicePlacement placement{
+        .outputName = outputNameOf(device.handle),
+        .desktopTransform = x ? std::optional(x->desktopTransform) : std::nullopt};
+    device.toPoints = deviceToPoints(layout_, placement);
+    device.mappedOutput = skavlo::mappedOutput(layout_, placement);
+}
+
+std::string LibinputSource::mappedOutput() const {
+    const Device* found = nullptr;
+    for (const Device& device : devices_) {
+        if (device.mappedOutput.empty()) continue;
+        if (libinput_device_has_capability(device.handle, LIBINPUT_DEVICE_CAP_TOUCH) != 0)
+            return device.mappedOutput;
+        if (!found) found = &device;
+    }
+    return found ? found->mappedOutput : std::string();
 }
 
 LibinputSource::Device* LibinputSource::find(libinput_device* handle) {

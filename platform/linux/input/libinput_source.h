@@ -51,6 +51,8 @@ class LibinputSource final : public TouchSource {
 
     // Touchscreens and pens that are open.
     [[nodiscard]] std::size_t deviceCount() const { return devices_.size(); }
+    // The output that the first touchscreen (else pen) is mapped to; empty: to none in particular.
+    [[nodiscard]] std::string mappedOutput() const;
     // Called after each change of deviceCount(); may destroy nothing.
     void setDevicesHandler(std::function<void()> handler);
 
@@ -68,6 +70,7 @@ class LibinputSource final : public TouchSource {
         libinput_device* handle;
         std::string node;
         Affine toPoints;
+        std::string mappedOutput;
     };
 
     LibinputSource(DeviceOpener& opener, ContactTracker& tracker, const Clock& clock,

@@ -1,6 +1,7 @@
 #include "platform/linux/input/mapping.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace skavlo {
 
@@ -65,6 +66,26 @@ const OutputInfo* outputOfDevice(const OutputLayout& layout, std::string_view ou
     if (found) return found;
     found = findOutput(layout, [](const OutputInfo& o) { return o.primary; });
     return found ? found : mainOutput(layout);
+}
+
+std::string mappedOutput(const OutputLayout& layout, const DevicePlacement& placement) {
+    const auto named = findOutput(
+        layout, [&](const OutputInfo& output) { return output.name == placement.outputName; });
+    if (named) return named->name;
+    if (!placement.desktopTransform) return {};
+    // Corners that the transformation takes to opposite corners of an output, whatever its turn.
+    constexpr double kTolerance = 2;  // tools that make such matrices round to whole units
+    const Affine onDesktop =
+        compose(normalisedToRect(wholeDesktop(layout)), *placement.desktopTransform);
+    const Point a = onDesktop.apply({0, 0});
+    const Point b = onDesktop.apply({1, 1});
+    const auto near = [](double x, double y) { return std::abs(x - y) <= kTolerance; };
+    const OutputInfo* output = findOutput(layout, [&](const OutputInfo& o) {
+        return near(std::min(a.x, b.x), o.rect.x) && near(std::min(a.y, b.y), o.rect.y) &&
+               near(std::max(a.x, b.x), o.rect.right()) &&
+               near(std::max(a.y, b.y), o.rect.bottom());
+    });
+    return output ? output->name : std::string();
 }
 
 Size mainSizeInPoints(const OutputLayout& layout) {

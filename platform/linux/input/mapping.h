@@ -24,7 +24,7 @@ struct Affine {
 Affine compose(const Affine& outer, const Affine& inner);
 
 // What is known of where a touch device lies. Without either, it lies on the internal panel, else
-// on the primary output, else on the main one.
+// on the primary output, else on the first one.
 struct DevicePlacement {
     std::string outputName = {};  // empty: none was given
     std::optional<Affine> desktopTransform =
@@ -34,6 +34,10 @@ struct DevicePlacement {
 // Null when the layout has no output.
 const OutputInfo* mainOutput(const OutputLayout& layout);
 const OutputInfo* outputOfDevice(const OutputLayout& layout, std::string_view outputName);
+
+// The name of the output that a device is mapped to, by its name or because its transformation lays
+// it over that output alone; empty when nothing says so.
+std::string mappedOutput(const OutputLayout& layout, const DevicePlacement& placement);
 
 // Size of the main output, or of the desktop without one.
 Size mainSizeInPoints(const OutputLayout& layout);

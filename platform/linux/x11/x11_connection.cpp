@@ -5,11 +5,13 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/linux/x11/connect_to_x.h"
+
 namespace skavlo {
 
 Result<std::unique_ptr<X11Connection>> X11Connection::open(AsioRunLoop& runLoop) {
     int screenNumber = 0;
-    xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
+    xcb_connection_t* connection = connectToX(&screenNumber);
     if (xcb_connection_has_error(connection) != 0) {
         xcb_disconnect(connection);
         return Error{"no X server can be reached"};

@@ -30,10 +30,6 @@ Rotation rotationOf(std::uint16_t randr) {
     return Rotation::normal;
 }
 
-bool isInternal(std::string_view name) {
-    return name.starts_with("eDP") || name.starts_with("LVDS") || name.starts_with("DSI");
-}
-
 }  // namespace
 
 double scaleFromResources(const std::string& text) {
@@ -82,7 +78,19 @@ void X11Outputs::handle(const xcb_generic_event_t& event) {
                                   XCB_ATOM_RESOURCE_MANAGER;
     if (!randrChanged && !rootResized && !scaleChanged) return;
     update();
+    announce();
+}
+
+void X11Outputs::announce() {
     for (const auto& handler : changeHandlers_) handler();
+}
+
+void X11Outputs::setTouchOutput(const std::string& name) {
+    touchOutput_ = name;
+    const std::size_t main = chooseMainOutput(layout_.outputs, touchOutput_);
+    if (main == layout_.main) return;
+    layout_.main = main;
+    announce();
 }
 
 void X11Outputs::update() {
@@ -94,6 +102,7 @@ void X11Outputs::update() {
                           : PixelSize{connection_.screen().width_in_pixels,
                                       connection_.screen().height_in_pixels};
     if (randrEvent_ >= 0) readRandr(layout);
+    layout.main = chooseMainOutput(layout.outputs, touchOutput_);
     layout_ = std::move(layout);
 }
 
@@ -124,8 +133,7 @@ void X11Outputs::readRandr(OutputLayout& layout) {
         output.reflectX = (crtc->rotation & XCB_RANDR_ROTATION_REFLECT_X) != 0;
         output.reflectY = (crtc->rotation & XCB_RANDR_ROTATION_REFLECT_Y) != 0;
         output.primary = primary && primary->output == outputs[i];
-        output.internal = isInternal(output.name);
-        if (output.primary) layout.main = layout.outputs.size();
+        output.internal = isInternalConnector(output.name);
         layout.outputs.push_back(std::move(output));
     }
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 #include "platform/linux/output_layout.h"
 #include "platform/linux/x11/x11_connection.h"
@@ -8,8 +10,8 @@
 
 namespace skavlo {
 
-// Outputs by RandR and the scale from Xft.dpi, kept up to date. The main screen is the primary
-// output, else the first one that shows something, else the whole root window.
+// Outputs by RandR and the scale from Xft.dpi, kept up to date. Where no output shows anything, the
+// whole root window is the main screen.
 class X11Outputs final : public Screen {
   public:
     explicit X11Outputs(X11Connection& connection);
@@ -20,6 +22,8 @@ class X11Outputs final : public Screen {
     [[nodiscard]] const OutputLayout& layout() const { return layout_; }
     // The main screen in pixels of the root window.
     [[nodiscard]] PixelRect mainRect() const;
+    // See chooseMainOutput().
+    void setTouchOutput(const std::string& name);
     void addChangeHandler(std::function<void()> handler) {
         changeHandlers_.push_back(std::move(handler));
     }
@@ -28,10 +32,12 @@ class X11Outputs final : public Screen {
     void update();
     void readRandr(OutputLayout& layout);
     void handle(const xcb_generic_event_t& event);
+    void announce();
 
     X11Connection& connection_;
     int randrEvent_ = -1;
     OutputLayout layout_;
+    std::string touchOutput_;
     std::vector<std::function<void()>> changeHandlers_;
 };
 

@@ -11,6 +11,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/window_servers/choice.h"
+
 namespace skavlo {
 
 namespace {
@@ -18,6 +20,8 @@ namespace {
 constexpr std::uint8_t kDepth = 32;
 // Another window that also insists on being the topmost one must not turn into a race.
 constexpr double kRaiseAgainSeconds = 0.02;
+// Two frames of a display with 60 a second.
+constexpr double kDrawingHandedOnSeconds = 2.0 / 60;
 
 std::vector<xcb_rectangle_t> toXcb(const std::vector<PixelRect>& rects) {
     std::vector<xcb_rectangle_t> result;
@@ -39,6 +43,8 @@ X11Window::X11Window(AsioRunLoop& runLoop, X11Connection& connection, X11Outputs
     create();
     describe();
     makeClickThrough();
+    windowManagerCheck_ = connection_.atom("_NET_SUPPORTING_WM_CHECK");
+    windowManagerChanged();
     refreshClock_.emplace(runLoop_, connection_, window_, [this] {
         if (handlers_.refresh) handlers_.refresh();
     });
@@ -110,6 +116,55 @@ void X11Window::makeClickThrough() {
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
 }
 
+void X11Window::windowManagerChanged() {
+    auto* c = connection_.get();
+    const auto property = [&](xcb_window_t window, xcb_atom_t name) {
+        constexpr std::uint32_t kLargest = 16;  // in units of 4 bytes
+        return XcbReply<xcb_get_property_reply_t>(xcb_get_property_reply(
+            c, xcb_get_property(c, 0, window, name, XCB_ATOM_ANY, 0, kLargest), nullptr));
+    };
+    std::string version;
+    const auto manager = property(connection_.root(), windowManagerCheck_);
+    if (manager && xcb_get_property_value_length(manager.get()) == sizeof(xcb_window_t)) {
+        xcb_window_t window = 0;
+        std::memcpy(&window, xcb_get_property_value(manager.get()), sizeof window);
+        if (const auto text = property(window, connection_.atom("_MUTTER_VERSION"))) {
+            version.assign(static_cast<const char*>(xcb_get_property_value(text.get())),
+                           static_cast<std::size_t>(xcb_get_property_value_length(text.get())));
+        }
+    }
+    inputShapeIsForgotten_ = forgetsInputShapes(version);
+}
+
+// To be called before each draw. XWayland may hand the drawing on only with the compositor's next
+// frame, behind the shape, so the shape changes again when that must be over.
+void X11Window::renewInputShape() {
+    if (!inputShapeIsForgotten_) return;
+    changeInputShape();
+    drawnSinceInputShape_ = true;
+    if (!inputShapeScheduled_) changeInputShapeLater();
+}
+
+void X11Window::changeInputShapeLater() {
+    inputShapeScheduled_ = true;
+    drawnSinceInputShape_ = false;
+    inputShapeTimer_ = runLoop_.scheduledTimer(kDrawingHandedOnSeconds, false, [this] {
+        inputShapeScheduled_ = false;
+        changeInputShape();
+        connection_.flush();
+        if (drawnSinceInputShape_) changeInputShapeLater();
+    });
+}
+
+// Only a shape that is another one reaches the compositor. A corner of one pixel does no harm.
+void X11Window::changeInputShape() {
+    inputShapeHasCorner_ = !inputShapeHasCorner_;
+    const xcb_rectangle_t corner{0, 0, 1, 1};
+    xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
+                         XCB_CLIP_ORDERING_UNSORTED, window_, 0, 0, inputShapeHasCorner_ ? 1U : 0U,
+                         &corner);
+}
+
 void X11Window::setHidden(bool hidden) {
     if (hidden) xcb_unmap_window(connection_.get(), window_);
 }
@@ -174,6 +229,7 @@ void X11Window::commitFrame(std::span<const PixelRect> damage) {
 }
 
 void X11Window::show(std::span<const PixelRect> damage) {
+    renewInputShape();
     X11Buffer& frame = *slots_[latest_].buffer;
     if (composited_) {
         frame.put(window_, gc_, damage);
@@ -213,6 +269,10 @@ void X11Window::handle(const xcb_generic_event_t& event) {
     const bool selectionChanged =
         fixesEvent_ >= 0 && type == fixesEvent_ + XCB_XFIXES_SELECTION_NOTIFY;
     if (selectionChanged) compositorChanged();
+    if (type == XCB_PROPERTY_NOTIFY &&
+        reinterpret_cast<const xcb_property_notify_event_t&>(event).atom == windowManagerCheck_) {
+        windowManagerChanged();
+    }
 }
 
 void X11Window::exposed(const xcb_expose_event_t& event) {
@@ -220,6 +280,7 @@ void X11Window::exposed(const xcb_expose_event_t& event) {
     const bool byCutting = !composited_ && event.sequence == cutting_;
     if (!anythingShown_ || byCutting) return;
     const PixelRect rect{event.x, event.y, event.width, event.height};
+    renewInputShape();
     X11Buffer& shown = composited_ ? *slots_[latest_].buffer : *opaque_;
     shown.put(window_, gc_, std::span(&rect, 1));
 }

@@ -39,6 +39,10 @@ class X11Window final : public Window {
     void create();
     void describe();
     void makeClickThrough();
+    void windowManagerChanged();
+    void renewInputShape();
+    void changeInputShape();
+    void changeInputShapeLater();
     void handle(const xcb_generic_event_t& event);
     void exposed(const xcb_expose_event_t& event);
     void handleStacking(const xcb_generic_event_t& event, int type);
@@ -61,6 +65,12 @@ class X11Window final : public Window {
     xcb_gcontext_t gc_ = 0;
     xcb_atom_t compositorSelection_ = 0;
     int fixesEvent_ = -1;
+    xcb_atom_t windowManagerCheck_ = 0;
+    bool inputShapeIsForgotten_ = false;  // see forgetsInputShapes()
+    bool inputShapeHasCorner_ = false;
+    bool drawnSinceInputShape_ = false;
+    bool inputShapeScheduled_ = false;
+    std::unique_ptr<Timer> inputShapeTimer_;
     bool composited_ = false;
     bool onTop_ = false;
     bool raiseScheduled_ = false;

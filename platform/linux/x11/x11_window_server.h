@@ -2,16 +2,18 @@
 
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 
+#include "platform/linux/desktop_window_server.h"
 #include "platform/linux/x11/x11_connection.h"
 #include "platform/linux/x11/x11_outputs.h"
 #include "platform/linux/x11/x11_window.h"
 #include "platform/result.h"
-#include "platform/window_server.h"
 
 namespace skavlo {
 
-class X11WindowServer final : public WindowServer {
+class X11WindowServer final : public DesktopWindowServer {
   public:
     // An error when no server can be reached or it has no visual with an alpha channel.
     static Result<std::unique_ptr<X11WindowServer>> connect(AsioRunLoop& runLoop);
@@ -21,8 +23,13 @@ class X11WindowServer final : public WindowServer {
     // top of the stack.
     void registerWindowWithContextID(std::uint32_t contextId, double level) override;
 
-    [[nodiscard]] X11Outputs& outputs() { return outputs_; }
-    void setLostHandler(std::function<void()> handler) {
+    [[nodiscard]] const Screen& screen() const override { return outputs_; }
+    [[nodiscard]] const OutputLayout& layout() const override { return outputs_.layout(); }
+    void addLayoutHandler(std::function<void()> handler) override {
+        outputs_.addChangeHandler(std::move(handler));
+    }
+    void setTouchOutput(const std::string& name) override { outputs_.setTouchOutput(name); }
+    void setLostHandler(std::function<void()> handler) override {
         connection_->setLostHandler(std::move(handler));
     }
 

@@ -178,6 +178,70 @@ TEST(DeviceMapping, GuessesInternalThenPrimaryThenMain) {
     EXPECT_EQ(outputOfDevice(layout, "")->name, "HDMI-1");
 }
 
+struct MappedCase {
+    const char* name;
+    DevicePlacement placement;
+    const char* output;
+};
+class MappedOutput : public ::testing::TestWithParam<MappedCase> {};
+
+TEST_P(MappedOutput, IsTheNamedOrTheCoveredOne) {
+    EXPECT_EQ(mappedOutput(threeOutputs(), GetParam().placement), GetParam().output);
+}
+
+constexpr double kDesktopWidth = 3920;
+constexpr double kDesktopHeight = 1920;
+INSTANTIATE_TEST_SUITE_P(
+    Of, MappedOutput,
+    ::testing::Values(
+        MappedCase{"nothing", {}, ""}, MappedCase{"name", {.outputName = "HDMI-1"}, "HDMI-1"},
+        MappedCase{"nameOfNoOutput", {.outputName = "VGA-1"}, ""},
+        MappedCase{"wholeDesktop", {.desktopTransform = Affine{}}, ""},
+        MappedCase{"matrixOfOneOutput",
+                   {.desktopTransform = Affine{{1920 / kDesktopWidth, 0, 800 / kDesktopWidth, 0,
+                                                1080 / kDesktopHeight, 480 / kDesktopHeight}}},
+                   "DP-1"},
+        MappedCase{
+            "turnedMatrix",
+            {.desktopTransform = Affine{{0, 1200 / kDesktopWidth, 2720 / kDesktopWidth, -1, 0, 1}}},
+            "HDMI-1"},
+        MappedCase{
+            "halfOfAnOutput",
+            {.desktopTransform = Affine{{600 / kDesktopWidth, 0, 2720 / kDesktopWidth, 0, 1, 0}}},
+            ""}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+struct MainCase {
+    const char* name;
+    std::vector<OutputInfo> outputs;
+    const char* touchOutput;
+    std::size_t main;
+};
+class MainOutput : public ::testing::TestWithParam<MainCase> {};
+
+TEST_P(MainOutput, FollowsTheTouchscreenThenThePanelThenThePrimaryOne) {
+    EXPECT_EQ(chooseMainOutput(GetParam().outputs, GetParam().touchOutput), GetParam().main);
+}
+
+const OutputInfo kPlain{.name = "DP-1"};
+const OutputInfo kPrimary{.name = "HDMI-1", .primary = true};
+const OutputInfo kPanel{.name = "eDP-1", .internal = true};
+INSTANTIATE_TEST_SUITE_P(
+    Of, MainOutput,
+    ::testing::Values(MainCase{"none", {}, "", 0}, MainCase{"first", {kPlain, kPlain}, "", 0},
+                      MainCase{"primary", {kPlain, kPrimary}, "", 1},
+                      MainCase{"panelBeforePrimary", {kPlain, kPrimary, kPanel}, "", 2},
+                      MainCase{"touched", {kPlain, kPrimary, kPanel}, "DP-1", 0},
+                      MainCase{"touchedOneIsGone", {kPlain, kPrimary}, "eDP-1", 1}),
+    [](const auto& test) { return std::string(test.param.name); });
+
+TEST(Connectors, OfPanelsAreInternal) {
+    for (const char* name : {"eDP-1", "LVDS-1", "DSI-2"}) EXPECT_TRUE(isInternalConnector(name));
+    for (const char* name : {"DP-1", "HDMI-A-1", "VGA-1", ""}) {
+        EXPECT_FALSE(isInternalConnector(name));
+    }
+}
+
 TEST(DeviceMapping, OtherOutputsLieOutsideTheMainOne) {
     OutputLayout layout = threeOutputs();
     layout.scale = 2;

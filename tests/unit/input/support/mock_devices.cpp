@@ -13,6 +13,8 @@
 #include <thread>
 #include <utility>
 
+#include "tests/unit/input/support/mock_hooks.h"
+
 namespace skavlo::test {
 
 namespace {
@@ -22,10 +24,11 @@ void setBit(std::vector<std::uint8_t>& bits, int bit) {
     if (byte < bits.size()) bits[byte] = static_cast<std::uint8_t>(bits[byte] | (1 << (bit % 8)));
 }
 
-// Device numbers of the terminals behind the mocked devices, and of those devices.
-std::map<dev_t, dev_t>& terminals() {
-    static std::map<dev_t, dev_t> numbers;
-    return numbers;
+// For mock_hooks.cpp, here and in programs that are started from here.
+void passTerminalFor(dev_t terminal, dev_t device) {
+    const char* before = getenv(kTerminalsVariable);
+    const std::string entry = std::to_string(terminal) + "=" + std::to_string(device) + ";";
+    setenv(kTerminalsVariable, (entry + (before ? before : "")).c_str(), 1);
 }
 
 template <typename T>
@@ -111,8 +114,8 @@ MockDevice::MockDevice(MockBed& bed, MockDescription description)
     unsigned terminal = 0;
     terminal_ = ioctl(master, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (terminal_ < 0 || ioctl(master, TIOCGPTN, &terminal) != 0) std::abort();
-    terminals()[makedev(kTerminalMajor, terminal)] =
-        makedev(kInputMajor, static_cast<unsigned>(64 + description_.number));
+    passTerminalFor(makedev(kTerminalMajor, terminal),
+                    makedev(kInputMajor, static_cast<unsigned>(64 + description_.number)));
 }
 
 MockDevice::~MockDevice() {
@@ -277,23 +280,3 @@ void MockDevice::fillSlots(std::vector<std::uint8_t>& data) const {
 }
 
 }  // namespace skavlo::test
-
-// Two things libinput asks that umockdev does not answer. The linker prefers this program's
-// functions to the libraries'.
-extern "C" {
-
-// umockdev keeps no udev database, in which udev notes that it is done with a device.
-__attribute__((visibility("default"))) int udev_device_get_is_initialized(struct udev_device*) {
-    return 1;
-}
-
-// A mocked device is a terminal; it passes for the device it stands for.
-__attribute__((visibility("default"))) int fstat64(int descriptor, struct stat64* result) noexcept {
-    const int status = fstatat64(descriptor, "", result, AT_EMPTY_PATH);
-    if (status == 0 && S_ISCHR(result->st_mode)) {
-        const auto device = skavlo::test::terminals().find(result->st_rdev);
-        if (device != skavlo::test::terminals().end()) result->st_rdev = device->second;
-    }
-    return status;
-}
-}
