@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "overlay/overlay_app_delegate.h"
+#include "platform/linux/capture/capture_sources.h"
+#include "platform/linux/capture/mirror_source.h"
 
 namespace skavlo {
 
@@ -43,7 +45,19 @@ bool LinuxOverlaySystem::UIScreen_initialize() {
     }
     windowServer_ = std::move(*server);
     windowServer_->setLostHandler([this] { end(1); });
+    watchCapture();
     return true;
+}
+
+void LinuxOverlaySystem::watchCapture() {
+    const auto layout = [this] { return windowServer_->outputs().layout(); };
+    auto mirror = std::make_unique<MirrorSource>(layout);
+    windowServer_->outputs().addChangeHandler([source = mirror.get()] { source->layoutChanged(); });
+    captureState_.add(std::move(mirror));
+    addCaptureSources(captureState_, runLoop_,
+                      {.connectX = [] { return xcb_connect(nullptr, nullptr); },
+                       .layout = layout,
+                       .ownConnections = {windowServer_->connection()}});
 }
 
 void LinuxOverlaySystem::setNewDelegate() {

@@ -22,6 +22,7 @@ class X11WindowServer final : public WindowServer {
     void registerWindowWithContextID(std::uint32_t contextId, double level) override;
 
     [[nodiscard]] X11Outputs& outputs() { return outputs_; }
+    [[nodiscard]] const xcb_connection_t* connection() const { return connection_->get(); }
     void setLostHandler(std::function<void()> handler) {
         connection_->setLostHandler(std::move(handler));
     }
