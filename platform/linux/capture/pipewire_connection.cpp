@@ -88,7 +88,11 @@ Result<std::unique_ptr<PipeWireConnection>> PipeWireConnection::open(AsioRunLoop
                                                                      std::function<void()> changed,
                                                                      std::function<void()> lost) {
     static std::once_flag once;
-    std::call_once(once, [] { pw_init(nullptr, nullptr); });
+    std::call_once(once, [] {
+        pw_init(nullptr, nullptr);
+        // It would warn of the missing configuration, for one.
+        pw_log_set_level(SPA_LOG_LEVEL_NONE);
+    });
     std::unique_ptr<PipeWireConnection> connection(
         new PipeWireConnection(std::move(changed), std::move(lost)));
     if (auto connected = connection->connect(std::move(socket)); !connected)

@@ -99,10 +99,18 @@ Result<bool> XGrabSource::enable() {
     if (const XcbReply<xcb_generic_error_t> error{xcb_request_check(control_.get(), created)}) {
         return Error{"the X server refuses to record"};
     }
-    sequence_ = xcb_record_enable_context(data_.get(), context).sequence;
-    xcb_flush(data_.get());
+    const auto enabled = xcb_record_enable_context(data_.get(), context);
+    // The first reply says that all that is read from now on will be told; more come by and by.
+    const XcbReply<xcb_record_enable_context_reply_t> begun(
+        xcb_record_enable_context_reply(data_.get(), enabled, nullptr));
+    if (!begun) return Error{"the X server refuses to record"};
+    sequence_ = enabled.sequence;
     watch_ = std::make_unique<DescriptorWatch>(
         runLoop_.context(), xcb_get_file_descriptor(data_.get()), [this] { read(); });
+    // Records that came along with the first reply wake nobody.
+    runLoop_.async([this, alive = std::weak_ptr(alive_)] {
+        if (!alive.expired() && watch_) read();
+    });
     return true;
 }
 

@@ -66,6 +66,7 @@ class XGrabSource final : public CaptureSource {
     std::chrono::steady_clock::time_point heldUntil_;
     std::unique_ptr<Timer> timer_;
     std::unique_ptr<DescriptorWatch> watch_;
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 
 }  // namespace skavlo
