@@ -14,7 +14,7 @@ namespace skavlo {
 namespace {
 
 // A machine that starts programs all the time wakes this process no more often than this.
-constexpr double kRestSeconds = 0.1;
+constexpr double kRestSeconds = 0.25;
 
 std::string procPath(pid_t process, const char* entry) {
     return "/proc/" + std::to_string(process) + "/" + entry;
