@@ -1,6 +1,6 @@
 #include <xcb/xcb.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <string>
 
 #include "platform/linux/capture/event_socket_source.h"
@@ -14,20 +14,15 @@ namespace skavlo::doctor {
 
 namespace {
 
-struct Knowledge {
-    Finding finding;
-    bool known = false;
-};
-
-Knowledge known(Text what) {
-    return {{"capture", Level::ok, std::move(what)}, true};
+Finding known(Text what) {
+    return {"capture", Level::ok, std::move(what)};
 }
 
-Knowledge unknown(Text what, Text advice) {
-    return {{"capture", Level::warn, std::move(what), std::move(advice)}, false};
+Finding unknown(Text what, Text advice) {
+    return {"capture", Level::warn, std::move(what), std::move(advice)};
 }
 
-Knowledge pipeWire() {
+Finding pipeWire() {
     const auto path = pipeWireSocket();
     if (path && connectToSocket(*path)) {
         return known(
@@ -40,7 +35,7 @@ Knowledge pipeWire() {
                     "install and start pipewire and wireplumber, look at XDG_RUNTIME_DIR"});
 }
 
-Knowledge xGrabs() {
+Finding xGrabs() {
     AsioRunLoop loop;
     auto source = XGrabSource::open(loop, {.connect = [] { return xcb_connect(nullptr, nullptr); },
                                            .screenSize = [] { return PixelSize{}; }});
@@ -54,7 +49,7 @@ Knowledge xGrabs() {
         {"启用 X 服务器的 RECORD 扩展", "enable the X server's extension RECORD"});
 }
 
-Knowledge events(const std::string& path) {
+Finding events(const std::string& path) {
     if (connectToSocket(path)) {
         return known({"合成器会通知录屏", "the compositor tells of recordings"});
     }
@@ -63,7 +58,7 @@ Knowledge events(const std::string& path) {
                    {"在该合成器的会话中运行", "run it in that compositor's session"});
 }
 
-Knowledge processes(const Surroundings& surroundings) {
+Finding processes(const Surroundings& surroundings) {
     auto opened = ProcessEvents::open();
     if (opened || (surroundings.user != 0 && overlayIsRoot(surroundings)))
         return known({"能发现已知录屏程序的启动", "the start of well-known recorders is noticed"});
@@ -92,20 +87,21 @@ Finding nothingKnown() {
 
 }  // namespace
 
+Findings withVerdict(Findings sources) {
+    const bool anything = std::any_of(sources.begin(), sources.end(), [](const Finding& source) {
+        return source.level == Level::ok;
+    });
+    if (!anything) sources.push_back(nothingKnown());
+    return sources;
+}
+
 Findings checkCapture(const Surroundings& surroundings) {
-    std::vector<Knowledge> all{pipeWire()};
-    if (!surroundings.value("DISPLAY").empty()) all.push_back(xGrabs());
+    Findings sources{pipeWire()};
+    if (!surroundings.value("DISPLAY").empty()) sources.push_back(xGrabs());
     if (const auto path = compositorEventSocket(surroundings.variable))
-        all.push_back(events(*path));
-    all.push_back(processes(surroundings));
-    Findings findings;
-    bool anything = false;
-    for (Knowledge& one : all) {
-        anything = anything || one.known;
-        findings.push_back(std::move(one.finding));
-    }
-    if (!anything) findings.push_back(nothingKnown());
-    return findings;
+        sources.push_back(events(*path));
+    sources.push_back(processes(surroundings));
+    return withVerdict(std::move(sources));
 }
 
 }  // namespace skavlo::doctor

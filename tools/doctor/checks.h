@@ -16,6 +16,9 @@ Findings checkCapture(const Surroundings& surroundings);
 Findings checkFonts(const Surroundings& surroundings);
 Findings checkImages(const Surroundings& surroundings);
 
+// Adds what it means when no source can know whether the screen is captured.
+Findings withVerdict(Findings sources);
+
 // Whether the overlay would run as root.
 bool overlayIsRoot(const Surroundings& surroundings);
 

@@ -19,7 +19,7 @@ const char* name(Level level);
 struct Finding {
     std::string check;  // in a word, the same in every language
     Level level = Level::ok;
-    Text what;
+    Text what = {};
     Text advice = {};  // what to do about it; empty: nothing
 };
 using Findings = std::vector<Finding>;
