@@ -113,14 +113,14 @@ std::string asText(const Findings& findings, Language language) {
 
 std::string asJson(const Findings& findings, Language language) {
     std::string json =
-        "{\"status\": \"" + std::string(name(worst(findings))) + "\", \"findings\": [";
+        R"({"status": ")" + std::string(name(worst(findings))) + R"(", "findings": [)";
     const char* separator = "\n";
     for (const Finding& finding : findings) {
         json += separator;
-        json += "  {\"check\": " + quoted(finding.check) + ", \"level\": \"" + name(finding.level) +
-                "\", \"text\": " + quoted(in(language, finding.what));
+        json += R"(  {"check": )" + quoted(finding.check) + R"(, "level": ")" +
+                name(finding.level) + R"(", "text": )" + quoted(in(language, finding.what));
         const std::string& advice = in(language, finding.advice);
-        if (!advice.empty()) json += ", \"advice\": " + quoted(advice);
+        if (!advice.empty()) json += R"(, "advice": )" + quoted(advice);
         json += "}";
         separator = ",\n";
     }
