@@ -28,6 +28,10 @@ void CastGraph::setNode(Id id, CastNode node) {
     nodes_[id] = std::move(node);
 }
 
+void CastGraph::announceClient(Id id) {
+    clients_.try_emplace(id);
+}
+
 void CastGraph::setClient(Id id, std::string program) {
     clients_[id] = std::move(program);
 }
@@ -52,26 +56,24 @@ bool CastGraph::casting() const {
     return std::any_of(nodes_.begin(), nodes_.end(), [this](const auto& entry) {
         const auto& [id, node] = entry;
         return node.running && !node.device && canCast(node.mediaClass) &&
-               node.mediaRole != "Camera" && !isForDesktopOnly(id);
+               node.mediaRole != "Camera" && isReceived(id);
     });
 }
 
-// A stream that runs without a link in sight counts: somebody must have made it run.
-bool CastGraph::isForDesktopOnly(Id node) const {
-    bool linked = false;
-    for (const auto& [id, link] : links_) {
-        if (link.outputNode != node) continue;
-        if (!isDesktop(link.inputNode)) return false;
-        linked = true;
-    }
-    return linked;
+bool CastGraph::isReceived(Id node) const {
+    return std::any_of(links_.begin(), links_.end(), [this, node](const auto& entry) {
+        const Link& link = entry.second;
+        return link.outputNode == node && isRecorder(link.inputNode);
+    });
 }
 
-bool CastGraph::isDesktop(Id node) const {
+// Who is not known at all is one.
+bool CastGraph::isRecorder(Id node) const {
     const auto found = nodes_.find(node);
-    if (found == nodes_.end()) return false;
+    if (found == nodes_.end()) return true;
     const auto client = clients_.find(found->second.client);
-    return client != clients_.end() && isDesktopProgram(client->second);
+    if (client == clients_.end()) return true;
+    return client->second && !isDesktopProgram(*client->second);
 }
 
 }  // namespace skavlo

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace skavlo {
@@ -21,14 +22,16 @@ class CastGraph {
     using Id = std::uint32_t;  // PipeWire's, one space for everything
 
     void setNode(Id id, CastNode node);
-    // The file name of the program behind a client; empty: unknown.
+    // A client of which more is about to be told; until then nothing is made of it.
+    void announceClient(Id id);
+    // The file name of the program behind a client; empty: it does not say.
     void setClient(Id id, std::string program);
     void setLink(Id id, Id outputNode, Id inputNode);
     void remove(Id id);
     void clear();
 
-    // A stream of pictures that is no camera's runs, and it is not the desktop alone that looks:
-    // shells and the portals' pickers show small moving pictures of windows and screens.
+    // A stream of pictures that is no camera's runs and somebody receives it who is not the
+    // desktop: shells and the portals' pickers show small moving pictures of windows and screens.
     [[nodiscard]] bool casting() const;
 
     // Whether nodes of this class can be a cast, so that their state is worth following.
@@ -39,11 +42,11 @@ class CastGraph {
         Id outputNode;
         Id inputNode;
     };
-    [[nodiscard]] bool isForDesktopOnly(Id node) const;
-    [[nodiscard]] bool isDesktop(Id node) const;
+    [[nodiscard]] bool isReceived(Id node) const;
+    [[nodiscard]] bool isRecorder(Id node) const;
 
     std::map<Id, CastNode> nodes_;
-    std::map<Id, std::string> clients_;
+    std::map<Id, std::optional<std::string>> clients_;
     std::map<Id, Link> links_;
 };
 

@@ -183,6 +183,7 @@ void PipeWireConnection::bindClient(std::uint32_t id) {
     static const pw_client_events kEvents = Events::clientTable();
     void* proxy = pw_registry_bind(registry_, id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, 0);
     if (!proxy) return;
+    graph_.announceClient(id);
     auto& bound = bound_[id];
     bound = std::make_unique<Bound>(Bound{*this, id, static_cast<pw_proxy*>(proxy)});
     pw_client_add_listener(static_cast<pw_client*>(proxy), &bound->hook, &kEvents, bound.get());

@@ -34,14 +34,17 @@ TEST_F(Casts, AnEmptyGraphHasNone) {
     EXPECT_FALSE(graph.casting());
 }
 
-TEST_F(Casts, ARunningStreamOfPicturesIsOne) {
+TEST_F(Casts, ARunningStreamThatARecorderReceivesIsOne) {
     graph.setNode(kStream, stream());
+    EXPECT_FALSE(graph.casting());
+    addViewer(kViewer, "obs");
     EXPECT_TRUE(graph.casting());
     graph.remove(kStream);
     EXPECT_FALSE(graph.casting());
 }
 
 TEST_F(Casts, ASourceOfPicturesThatIsNoDeviceIsOne) {
+    addViewer(kViewer, "obs");
     CastNode node = stream();
     node.mediaClass = "Video/Source";
     graph.setNode(kStream, node);
@@ -52,6 +55,7 @@ TEST_F(Casts, ASourceOfPicturesThatIsNoDeviceIsOne) {
 }
 
 TEST_F(Casts, AStreamThatDoesNotRunIsNone) {
+    addViewer(kViewer, "obs");
     CastNode node = stream();
     node.running = false;
     graph.setNode(kStream, node);
@@ -59,18 +63,28 @@ TEST_F(Casts, AStreamThatDoesNotRunIsNone) {
 }
 
 TEST_F(Casts, CamerasAndSoundAreNone) {
-    CastNode camera = stream();
-    camera.mediaRole = "Camera";
-    graph.setNode(kStream, camera);
-    CastNode sound = stream();
-    sound.mediaClass = "Stream/Output/Audio";
-    graph.setNode(kOther, sound);
+    addViewer(kViewer, "obs");
+    CastNode node = stream();
+    node.mediaRole = "Camera";
+    graph.setNode(kStream, node);
+    EXPECT_FALSE(graph.casting());
+    node = stream();
+    node.mediaClass = "Stream/Output/Audio";
+    graph.setNode(kStream, node);
     EXPECT_FALSE(graph.casting());
 }
 
-TEST_F(Casts, ARecorderThatLooksOnMakesOne) {
+TEST_F(Casts, NothingIsMadeOfAViewerBeforeItIsKnown) {
     graph.setNode(kStream, stream());
-    addViewer(kViewer, "obs");
+    CastNode viewer;
+    viewer.client = kClients + kViewer;
+    graph.announceClient(viewer.client);
+    graph.setNode(kViewer, viewer);
+    graph.setLink(kLinks + kViewer, kStream, kViewer);
+    EXPECT_FALSE(graph.casting());
+    graph.setClient(viewer.client, "obs");
+    EXPECT_TRUE(graph.casting());
+    graph.announceClient(viewer.client);
     EXPECT_TRUE(graph.casting());
 }
 
