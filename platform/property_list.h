@@ -13,8 +13,11 @@ class PropertyValue;
 using PropertyArray = std::vector<PropertyValue>;
 using PropertyDictionary = std::map<std::string, PropertyValue>;
 
-// Kinds that no setting uses (data, dates) keep their place but not their contents.
+// Kinds that no setting uses (data, dates, integers that need 64 bits without a sign, ...): they
+// read as nothing and are written as they were read. `encoded` belongs to the PropertyLists that
+// made it; a value that was never read has none and is written as an empty text.
 struct PropertyOpaque {
+    std::string encoded;
     bool operator==(const PropertyOpaque&) const = default;
 };
 
@@ -24,6 +27,7 @@ class PropertyValue {
     using Storage = std::variant<PropertyOpaque, bool, std::int64_t, double, std::string,
                                  PropertyArray, PropertyDictionary>;
     PropertyValue() = default;
+    PropertyValue(PropertyOpaque value) : storage_(std::move(value)) {}      // NOLINT
     PropertyValue(bool value) : storage_(value) {}                           // NOLINT
     PropertyValue(int value) : storage_(std::int64_t{value}) {}              // NOLINT
     PropertyValue(std::int64_t value) : storage_(value) {}                   // NOLINT

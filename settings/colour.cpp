@@ -12,4 +12,8 @@ Colour skv_colorFromValue(const PropertyValue* value, const Colour& defaultColor
             floatValue(&(*array)[3])};
 }
 
+PropertyArray skv_arrayFromColor(const Colour& color) {
+    return {color.red, color.green, color.blue, color.alpha};
+}
+
 }  // namespace skavlo

@@ -20,4 +20,7 @@ inline constexpr Colour kWhiteColor{1.0, 1.0, 1.0, 1.0};
 // precision; anything else, a missing value included, is the default colour.
 Colour skv_colorFromValue(const PropertyValue* value, const Colour& defaultColor);
 
+// Red, green, blue, alpha, as they are.
+PropertyArray skv_arrayFromColor(const Colour& color);
+
 }  // namespace skavlo

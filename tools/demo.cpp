@@ -1,6 +1,6 @@
-// skavlo-demo: shows the overlay at work on a machine without a screen. It starts a private X
-// server with a touch screen, runs the real overlay there, plays recorded touches and stores what
-// the screen shows.
+// skavlo-demo: shows the product at work on a machine without a screen. It starts a private X
+// server with a touch screen, opens the real settings application there, switches the real overlay
+// on, plays recorded touches, changes a setting, and stores what the screen shows.
 #include <sys/signalfd.h>
 #include <sys/stat.h>
 
@@ -16,11 +16,11 @@ namespace skavlo {
 
 namespace {
 
-constexpr PixelSize kScreen{1280, 720};
+constexpr PixelSize kScreen{1280, 900};
 constexpr int kUsageStatus = 2;
 
 struct Arguments {
-    std::string overlay;
+    std::string program;
     std::string recording = SKAVLO_DEMO_RECORDING;
     std::string output;
 };
@@ -28,8 +28,9 @@ struct Arguments {
 void printUsage(std::FILE* file) {
     std::fputs(
         "Usage: skavlo-demo [OPTION]...\n"
-        "Show the touch overlay at work on a private screen and store pictures of it.\n\n"
-        "  --overlay FILE       the program to show (default: skavlo beside this program)\n"
+        "Show settings application and overlay at work on a private screen and store pictures of "
+        "it.\n\n"
+        "  --program FILE       the program to show (default: skavlo beside this program)\n"
         "  --recording FILE     the touches to play (default: two hands)\n"
         "  --output DIRECTORY   where the pictures go (default: demo beside this program)\n"
         "  --display-reachable  only tell by the exit status whether DISPLAY can be used\n"
@@ -44,8 +45,8 @@ int fail(const std::string& message) {
 
 // Where "--name" has to go; null: there is no such option.
 std::string* target(Arguments& arguments, std::string_view name) {
-    if (name == "--overlay") {
-        return &arguments.overlay;
+    if (name == "--program") {
+        return &arguments.program;
     }
     if (name == "--recording") {
         return &arguments.recording;
@@ -71,13 +72,16 @@ int demonstrate(const Arguments& arguments) {
         return fail(recording.error().message);
     }
     const rig::FileDescriptor stop = catchSignals();
-    auto session = DemoSession::start(arguments.overlay, kScreen, stop.get());
+    auto session = DemoSession::start(arguments.program, kScreen, stop.get());
     if (!session) {
         return fail(session.error().message);
     }
-    std::puts("The overlay runs on a private screen; playing recorded touches (Ctrl-C stops).");
+    std::puts("Skavlo runs on a private screen; playing recorded touches (Ctrl-C stops).");
     std::fflush(stdout);
     if (const auto error = (*session)->play(*recording)) {
+        return fail(error->message);
+    }
+    if (const auto error = (*session)->changeLook()) {
         return fail(error->message);
     }
     auto files = (*session)->writePictures(arguments.output);
@@ -94,7 +98,7 @@ int demonstrate(const Arguments& arguments) {
 int run(int count, char** values) {
     const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     Arguments arguments;
-    arguments.overlay = here / "skavlo";
+    arguments.program = here / "skavlo";
     arguments.output = here / "demo";
     for (int i = 1; i < count; ++i) {
         const std::string_view name = values[i];

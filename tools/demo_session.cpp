@@ -1,8 +1,14 @@
 #include "tools/demo_session.h"
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "tools/demo_desktop.h"
 #include "tools/picture/png.h"
@@ -16,7 +22,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr milliseconds kOverlayStartTime(15'000);
+constexpr milliseconds kPatience(15'000);
 constexpr milliseconds kFrameInterval(50);
 constexpr milliseconds kLead(250);  // the empty screen, before the first touch
 constexpr milliseconds kTail(900);  // until the last trail has faded
@@ -32,15 +38,12 @@ bool hasPhase(const RecordedFrame& frame, TouchPhase phase) {
                        [&](const RecordedTouch& touch) { return touch.phase == phase; });
 }
 
-// The overlay removes its process-id file only when it ends by itself; a file that names another
-// process is none of our business.
-void removePidFile(pid_t pid) {
-    std::ifstream file(SKAVLO_PID_FILE);
-    pid_t named = 0;
-    if (file >> named && named == pid) {
-        std::error_code ignored;
-        std::filesystem::remove(SKAVLO_PID_FILE, ignored);
+std::optional<std::string> contents(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return std::nullopt;
     }
+    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 }  // namespace
@@ -56,13 +59,13 @@ std::vector<DemoMoment> momentsOf(const TouchRecording& recording) {
         return hasPhase(frame, TouchPhase::kDown);
     });
     const nanoseconds allDown = lastDown == frames.rend() ? first : nanoseconds(lastDown->time);
-    return {{"1-touch-down", first + kIntoDown},
-            {"2-mid-drag", allDown + (last - allDown) * 11 / 20},
-            {"3-mid-lift", last + kIntoLift},
-            {"4-after", last + kTail}};
+    return {{"2-touch-down", first + kIntoDown},
+            {"3-mid-drag", allDown + (last - allDown) * 11 / 20},
+            {"4-mid-lift", last + kIntoLift},
+            {"5-after", last + kTail}};
 }
 
-Result<std::unique_ptr<DemoSession>> DemoSession::start(const std::string& overlay,
+Result<std::unique_ptr<DemoSession>> DemoSession::start(const std::string& program,
                                                         PixelSize screen, int stop) {
     auto server = rig::XServer::start({.sizes = {screen}});
     if (!server) {
@@ -81,40 +84,81 @@ Result<std::unique_ptr<DemoSession>> DemoSession::start(const std::string& overl
     }
     std::unique_ptr<DemoSession> session(
         new DemoSession(std::move(*server), std::move(*compositor), std::move(*display), stop));
-    if (const auto error = session->startOverlay(overlay)) {
+    if (const auto error = session->openSettings(program)) {
+        return *error;
+    }
+    if (const auto error = session->switchOverlayOn()) {
         return *error;
     }
     return session;
 }
 
 DemoSession::~DemoSession() {
+    settings_.reset();
     if (overlay_) {
-        const pid_t pid = overlay_->pid();
-        overlay_->stop();
-        removePidFile(pid);
+        kill(*overlay_, SIGTERM);
+        rig::waitReadable({overlayEnd_.get()}, rig::Deadline(kPatience));
+    }
+    if (settingsBefore_) {
+        std::ofstream(SKAVLO_SETTINGS_FILE, std::ios::binary) << *settingsBefore_;
+    } else {
+        std::error_code ignored;
+        std::filesystem::remove(SKAVLO_SETTINGS_FILE, ignored);
     }
 }
 
-std::optional<Error> DemoSession::startOverlay(const std::string& program) {
-    auto environment = server_.environment();
-    environment.emplace_back("WAYLAND_DISPLAY");  // the user's own screen is not meant
-    auto overlay = rig::Child::start({{program, "-hud"}, environment, {}, -1});
-    if (!overlay) {
-        return overlay.error();
+// With the default settings, whatever the file says.
+std::optional<Error> DemoSession::openSettings(const std::string& program) {
+    settingsBefore_ = contents(SKAVLO_SETTINGS_FILE);
+    std::error_code ignored;
+    std::filesystem::remove(SKAVLO_SETTINGS_FILE, ignored);
+    auto settings = rig::SettingsApplication::start(server_, display_, program);
+    if (!settings) {
+        return settings.error();
     }
-    overlay_ = std::move(*overlay);
-    const rig::Deadline deadline(kOverlayStartTime);
-    if (waitForOverlayWindow(display_, deadline, {stop_, overlay_->endDescriptor()})) {
-        return std::nullopt;
+    settings_.emplace(std::move(*settings));
+    return takePicture("1-settings");
+}
+
+std::optional<Error> DemoSession::switchOverlayOn() {
+    const rig::Deadline deadline(kPatience);
+    if (!settings_->click(rig::kSwitchRole, "开启 Skavlo", deadline)) {
+        return Error{"the switch of the overlay cannot be clicked"};
     }
-    if (rig::waitReadable({stop_}, rig::Deadline(milliseconds(0)))) {
-        return Error{"stopped"};
+    if (!waitForOverlayWindow(display_, deadline, {stop_, settings_->process().endDescriptor()})) {
+        return Error{"the overlay did not come up"};
     }
-    const auto status = overlay_->wait(rig::Deadline(milliseconds(0)));
-    return Error{"the overlay did not come up: " + program + " -hud " +
-                 (status ? rig::describeStatus(*status)
-                         : "showed no window within " +
-                               std::to_string(kOverlayStartTime.count() / 1000) + " s")};
+    overlay_ = std::atoi(contents(SKAVLO_PID_FILE).value_or("").c_str());
+    overlayEnd_ = rig::FileDescriptor(static_cast<int>(syscall(SYS_pidfd_open, *overlay_, 0)));
+    if (!overlayEnd_.valid()) {
+        overlay_.reset();
+        return Error{"the overlay is gone again"};
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> DemoSession::changeLook() {
+    constexpr unsigned kContact = 0;
+    constexpr milliseconds kPoppedIn(400);
+    constexpr double kShare = 0.9;
+    if (!settings_->dragSlider("圆圈大小", kShare, rig::Deadline(kPatience))) {
+        return Error{"the slider of the circle's size cannot be dragged"};
+    }
+    const PixelSize screen = display_.rootSize();
+    const Point place{screen.width * 0.7, screen.height * 0.5};
+    // The new size takes a moment to reach the overlay, which no client can see.
+    if (auto error = captureUntil(nextFrame_ + kPoppedIn)) {
+        return error;
+    }
+    server_.touch()->begin(kContact, place);
+    if (auto error = captureUntil(nextFrame_ + kPoppedIn)) {
+        return error;
+    }
+    if (auto error = takePicture("6-larger")) {
+        return error;
+    }
+    server_.touch()->end(kContact);
+    return captureUntil(nextFrame_ + kTail);
 }
 
 std::optional<Error> DemoSession::play(const TouchRecording& recording) {
@@ -134,7 +178,7 @@ std::optional<Error> DemoSession::play(const TouchRecording& recording) {
 }
 
 std::optional<Error> DemoSession::waitUntil(Time time) {
-    const auto ready = rig::waitReadable({stop_, overlay_->endDescriptor()}, rig::Deadline(time));
+    const auto ready = rig::waitReadable({stop_, overlayEnd_.get()}, rig::Deadline(time));
     if (!ready) {
         return std::nullopt;
     }
@@ -158,13 +202,20 @@ std::optional<Error> DemoSession::captureUntil(Time time) {
             }
             continue;
         }
-        auto bitmap = rig::captureRoot(display_);
-        if (!bitmap) {
-            return bitmap.error();
+        if (auto error = takePicture(moments_.front().name)) {
+            return error;
         }
-        pictures_.push_back({moments_.front().name, std::move(*bitmap)});
         moments_.erase(moments_.begin());
     }
+}
+
+std::optional<Error> DemoSession::takePicture(const std::string& name) {
+    auto bitmap = rig::captureRoot(display_);
+    if (!bitmap) {
+        return bitmap.error();
+    }
+    pictures_.push_back({name, std::move(*bitmap)});
+    return std::nullopt;
 }
 
 std::optional<Error> DemoSession::captureFrame() {
@@ -207,7 +258,7 @@ Result<std::vector<std::string>> DemoSession::writePictures(const std::string& d
             return *error;
         }
     }
-    files.push_back(directory + "/two-hands.png");
+    files.push_back(directory + "/skavlo.png");
     if (const auto error = animation_.write(files.back())) {
         return *error;
     }

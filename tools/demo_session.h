@@ -1,4 +1,5 @@
-// The overlay at work on a private screen: recorded touches in, pictures out.
+// The product at work on a private screen: the settings application worked by mouse, the overlay by
+// recorded touches; pictures come out.
 #pragma once
 
 #include <chrono>
@@ -9,8 +10,8 @@
 
 #include "tools/picture/animated_png.h"
 #include "tools/recording/recording.h"
-#include "tools/rig/child.h"
 #include "tools/rig/compositor.h"
+#include "tools/rig/settings_application.h"
 #include "tools/rig/x_server.h"
 
 namespace skavlo {
@@ -25,8 +26,9 @@ std::vector<DemoMoment> momentsOf(const TouchRecording& recording);
 
 class DemoSession {
   public:
-    // Starts server, compositing manager and overlay. Ends early when `stop` becomes readable.
-    static Result<std::unique_ptr<DemoSession>> start(const std::string& overlay, PixelSize screen,
+    // Starts server, compositing manager and settings application, and switches the overlay on
+    // there. Ends early when `stop` becomes readable.
+    static Result<std::unique_ptr<DemoSession>> start(const std::string& program, PixelSize screen,
                                                       int stop);
 
     DemoSession(const DemoSession&) = delete;
@@ -35,6 +37,8 @@ class DemoSession {
 
     // Plays in real time and keeps what the screen shows. None: done.
     std::optional<Error> play(const TouchRecording& recording);
+    // Drags a slider and touches once more, to show what has changed. None: done.
+    std::optional<Error> changeLook();
     // The files written, in the directory, which is made.
     Result<std::vector<std::string>> writePictures(const std::string& directory) const;
 
@@ -52,7 +56,9 @@ class DemoSession {
           display_(std::move(display)),
           stop_(stop) {}
 
-    std::optional<Error> startOverlay(const std::string& program);
+    std::optional<Error> openSettings(const std::string& program);
+    std::optional<Error> switchOverlayOn();
+    std::optional<Error> takePicture(const std::string& name);
     std::optional<Error> waitUntil(Time time);
     std::optional<Error> captureUntil(Time time);
     std::optional<Error> captureFrame();
@@ -62,7 +68,10 @@ class DemoSession {
     rig::Compositor compositor_;
     rig::Display display_;
     int stop_;
-    std::optional<rig::Child> overlay_;
+    std::optional<std::string> settingsBefore_;  // the file's contents; none: there was none
+    std::optional<rig::SettingsApplication> settings_;
+    std::optional<pid_t> overlay_;
+    rig::FileDescriptor overlayEnd_;   // readable once the overlay has ended
     std::vector<DemoMoment> moments_;  // those still to come
     Time begin_;
     Time nextFrame_;

@@ -11,7 +11,7 @@ enum class AlertActionStyle { standard = 0, cancel = 1, destructive = 2 };
 struct AlertAction {
     std::string title;
     AlertActionStyle style = AlertActionStyle::standard;
-    std::function<void()> handler;  // may be empty; runs when the action has been chosen
+    std::function<void()> handler = {};  // may be empty; runs when the action has been chosen
 };
 
 // A dialog with a title, a message and one or two buttons. Exactly one action is chosen; Escape

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "control/overlay_process.h"
@@ -19,6 +20,7 @@
 #include "settings/settings_directory.h"
 #include "ui/application_notifications.h"
 #include "ui/settings_view.h"
+#include "ui/text_table.h"
 
 namespace skavlo {
 
@@ -41,8 +43,14 @@ struct SettingsSystem {
     AboutInfo about;
 };
 
-// Sections 0 to 2 of the table: launch, touch, display.
 enum class DisplayMode { color = 0, image = 1, emoji = 2 };
+
+// Sections of the table.
+inline constexpr int kLaunchSection = 0;
+inline constexpr int kTouchSection = 1;
+inline constexpr int kDisplaySection = 2;
+
+struct SettingsRow;  // ui/settings_rows.h
 
 class SettingsViewController {
   public:
@@ -113,15 +121,55 @@ class SettingsViewController {
     std::shared_ptr<SKVFakeSwitch> skv_recordOnlySwitch;
     std::shared_ptr<SKVFakeSwitch> skv_multiTouchSwitch;
     std::shared_ptr<SKVFakeSwitch> skv_singleTouchSwitch;
-    // Every block that leaves for the queue holds what it needs, not the controller: the queue may
-    // outlive the screen.
+    // Made when it is first asked for. It goes with the controller and runs what it still holds
+    // before; what those blocks send back to the main queue then finds nobody and is dropped.
     [[nodiscard]] SerialQueue& g_skv_daemonQueue();
 
   private:
+    // The action, as one who may come after the controller's end has to be given it: does nothing
+    // then. Main thread only, where the controller ends.
+    template <typename Action>
+    [[nodiscard]] auto whileAlive(Action action) const {
+        return [alive = std::weak_ptr<const bool>(alive_),
+                action = std::move(action)](auto&&... arguments) {
+            if (!alive.expired()) action(arguments...);
+        };
+    }
+    [[nodiscard]] const char* L(TextId id) const;
+
+    void setHeader();
+    void loadSettings();
+    void makeSwitches();
+    [[nodiscard]] std::shared_ptr<SKVFakeSwitch> makeSwitch(
+        bool on, void (SettingsViewController::*action)(SKVFakeSwitch&));
+    void observeApplication();
+
+    [[nodiscard]] bool isWithinGracePeriod() const;
+    void turnRecordOnlyOff(SKVFakeSwitch& sender);
+
+    void fillCell(TableViewCell& cell, const SettingsRow& row);
+    [[nodiscard]] std::shared_ptr<SliderRow> makeSliderRow(const SettingsRow& row);
+    [[nodiscard]] AccessoryView makeColorWell(const SettingsRow& row);
+    [[nodiscard]] AccessoryView makeDisplaySwitch(const SettingsRow& row);
+    [[nodiscard]] AccessoryView makeEmojiField();
+    [[nodiscard]] AccessoryView makeThumbnail() const;
+
+    void storeColor(const char* key, const ColorWell& sender);
+    void presentRestoreAlert();
+
+    void shrinkImage(const std::string& path);
+    void storeImage(const std::optional<std::string>& data);
+    // A picture that is still being made smaller is dropped when it arrives.
+    void endImport();
+
     SettingsSystem& system_;
     SettingsView& view_;
-    std::unique_ptr<SerialQueue> daemonQueue_;
     OverlayProcess overlayProcess_;
+    std::unique_ptr<Timer> suppressionTimer_;
+    // Of the image that is being made smaller; null while there is none.
+    std::shared_ptr<const bool> import_;
+    std::shared_ptr<const bool> alive_ = std::make_shared<bool>(true);
+    std::unique_ptr<SerialQueue> daemonQueue_;
 };
 
 }  // namespace skavlo

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace skavlo {
 
 // An on/off switch that can show activity inside its thumb. Whoever draws it listens to
 // didChange; clients add targets, which only a user's tap calls.
-class SKVFakeSwitch {
+class SKVFakeSwitch : public std::enable_shared_from_this<SKVFakeSwitch> {
   public:
     using Target = std::function<void(SKVFakeSwitch& sender)>;
 

@@ -2,7 +2,6 @@
 
 #include <atspi/atspi.h>
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace skavlo::rig {
@@ -38,12 +37,13 @@ PixelRect extentsOf(AtspiAccessible* accessible) {
     return result;
 }
 
-std::optional<double> valueOf(AtspiAccessible* accessible) {
+void readValue(AtspiAccessible* accessible, AccessibleItem& item) {
     const Object<AtspiValue> value(atspi_accessible_get_value_iface(accessible));
-    if (!value) {
-        return std::nullopt;
+    if (value) {
+        item.value = atspi_value_get_current_value(value.get(), nullptr);
+        item.minimum = atspi_value_get_minimum_value(value.get(), nullptr);
+        item.maximum = atspi_value_get_maximum_value(value.get(), nullptr);
     }
-    return atspi_value_get_current_value(value.get(), nullptr);
 }
 
 std::string textOf(AtspiAccessible* accessible) {
@@ -62,30 +62,53 @@ std::vector<std::string> actionsOf(AtspiAccessible* accessible) {
 }
 
 AccessibleItem itemOf(AtspiAccessible* accessible) {
-    return {.role = taken(atspi_accessible_get_role_name(accessible, nullptr)),
-            .name = taken(atspi_accessible_get_name(accessible, nullptr)),
-            .description = taken(atspi_accessible_get_description(accessible, nullptr)),
-            .text = textOf(accessible),
-            .extents = extentsOf(accessible),
-            .value = valueOf(accessible),
-            .actions = actionsOf(accessible),
-            .checked = hasState(accessible, ATSPI_STATE_CHECKED),
-            .enabled = hasState(accessible, ATSPI_STATE_ENABLED),
-            .focused = hasState(accessible, ATSPI_STATE_FOCUSED),
-            .focusable = hasState(accessible, ATSPI_STATE_FOCUSABLE),
-            .showing = hasState(accessible, ATSPI_STATE_SHOWING)};
+    AccessibleItem item{.role = taken(atspi_accessible_get_role_name(accessible, nullptr)),
+                        .name = taken(atspi_accessible_get_name(accessible, nullptr)),
+                        .description = taken(atspi_accessible_get_description(accessible, nullptr)),
+                        .text = textOf(accessible),
+                        .extents = extentsOf(accessible),
+                        .actions = actionsOf(accessible),
+                        .checked = hasState(accessible, ATSPI_STATE_CHECKED),
+                        .enabled = hasState(accessible, ATSPI_STATE_ENABLED),
+                        .focused = hasState(accessible, ATSPI_STATE_FOCUSED),
+                        .focusable = hasState(accessible, ATSPI_STATE_FOCUSABLE),
+                        .showing = hasState(accessible, ATSPI_STATE_SHOWING)};
+    readValue(accessible, item);
+    return item;
+}
+
+Object<AtspiAccessible> childOf(AtspiAccessible* parent, int index) {
+    return Object<AtspiAccessible>(atspi_accessible_get_child_at_index(parent, index, nullptr));
 }
 
 void collect(AtspiAccessible* parent, std::vector<AccessibleItem>& items) {
     const int count = atspi_accessible_get_child_count(parent, nullptr);
     for (int i = 0; i < count; ++i) {
-        const Object<AtspiAccessible> child(
-            atspi_accessible_get_child_at_index(parent, i, nullptr));
-        if (child) {
+        if (const auto child = childOf(parent, i)) {
             items.push_back(itemOf(child.get()));
             collect(child.get(), items);
         }
     }
+}
+
+// Each question to the program takes its time, so only the one found is asked for everything.
+std::optional<AccessibleItem> findBelow(AtspiAccessible* parent, const std::string& role,
+                                        const std::string& name) {
+    const int count = atspi_accessible_get_child_count(parent, nullptr);
+    for (int i = 0; i < count; ++i) {
+        const auto child = childOf(parent, i);
+        if (!child) {
+            continue;
+        }
+        if (taken(atspi_accessible_get_name(child.get(), nullptr)) == name &&
+            taken(atspi_accessible_get_role_name(child.get(), nullptr)) == role) {
+            return itemOf(child.get());
+        }
+        if (auto found = findBelow(child.get(), role, name)) {
+            return found;
+        }
+    }
+    return std::nullopt;
 }
 
 // Null: no program of this name is there yet.
@@ -95,8 +118,7 @@ std::shared_ptr<void> findApplication(const std::string& name) {
     atspi_accessible_set_cache_mask(desktop.get(), ATSPI_CACHE_NONE);
     const int count = atspi_accessible_get_child_count(desktop.get(), nullptr);
     for (int i = 0; i < count; ++i) {
-        Object<AtspiAccessible> child(
-            atspi_accessible_get_child_at_index(desktop.get(), i, nullptr));
+        auto child = childOf(desktop.get(), i);
         if (child && taken(atspi_accessible_get_name(child.get(), nullptr)) == name) {
             atspi_accessible_set_cache_mask(child.get(), ATSPI_CACHE_NONE);
             return {child.release(), ObjectDeleter()};
@@ -130,11 +152,7 @@ std::vector<AccessibleItem> AccessibleTree::items() const {
 
 std::optional<AccessibleItem> AccessibleTree::find(const std::string& role,
                                                    const std::string& name) const {
-    const auto all = items();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const AccessibleItem& item) {
-        return item.role == role && item.name == name;
-    });
-    return found == all.end() ? std::nullopt : std::optional(*found);
+    return findBelow(static_cast<AtspiAccessible*>(application_.get()), role, name);
 }
 
 }  // namespace skavlo::rig

@@ -19,7 +19,9 @@ struct AccessibleItem {
     std::string description;
     std::string text;   // of a text field
     PixelRect extents;  // on the screen
-    std::optional<double> value;
+    std::optional<double> value = {};
+    double minimum = 0;  // of the value
+    double maximum = 0;
     std::vector<std::string> actions;
     bool checked = false;
     bool enabled = false;

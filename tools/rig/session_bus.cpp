@@ -39,11 +39,13 @@ Result<SessionBus> SessionBus::start(const std::vector<std::string>& environment
     }
     const FileDescriptor address(ends[0]);
     FileDescriptor answer(ends[1]);
+    // It talks of every service that it starts.
+    const FileDescriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
     auto bus = Child::start({{"dbus-daemon", "--session", "--nofork", "--nopidfile",
                               "--print-address=" + std::to_string(answer.get())},
                              environment,
                              {answer.get()},
-                             -1});
+                             nowhere.get()});
     if (!bus) {
         return bus.error();
     }

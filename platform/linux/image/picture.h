@@ -22,6 +22,12 @@ struct Picture {
 
 inline constexpr std::int64_t kMaximumImagePixels = 100'000'000;
 
+// The PNG file of the same image, upright, at the first of the factors of its size (pixels rounded
+// up) for which that file has at most `limitBytes`, else at the last one. None as above.
+[[nodiscard]] std::optional<std::string> shrinkImage(int descriptor,
+                                                     const std::vector<double>& factors,
+                                                     std::uint64_t limitBytes);
+
 // One line in the system font, its logical rectangle centred in a square of `box` pixels,
 // ellipsised at the end when wider; line breaks and other control characters count as spaces. None
 // when `text` is not UTF-8; an empty text is a transparent picture.

@@ -1,30 +1,17 @@
 #include "platform/linux/image/raster_client.h"
 
-#include <errno.h>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <utility>
 
+#include "platform/linux/image/raster_child.h"
 #include "platform/linux/image/raster_job.h"
 #include "platform/linux/image/raster_protocol.h"
 
 namespace skavlo {
 
 namespace {
-
-// Neither waits for a writer of a FIFO nor takes over a terminal.
-UniqueDescriptor openImage(const std::string& path, std::int64_t maximumBytes) {
-    UniqueDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (!file || fstat(file.get(), &status) != 0) return {};
-    if (!S_ISREG(status.st_mode) || status.st_size > maximumBytes) return {};
-    return file;
-}
 
 // A pipe that holds the whole text, its writing end closed already.
 UniqueDescriptor pipeHolding(const std::string& text) {
@@ -36,13 +23,6 @@ UniqueDescriptor pipeHolding(const std::string& text) {
     const ssize_t written = write(writeEnd.get(), text.data(), text.size());
     if (written != static_cast<ssize_t>(text.size())) return {};
     return readEnd;
-}
-
-// In the form that does not depend on the locale.
-std::string decimal(double value) {
-    std::array<char, 32> digits;
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    return {digits.data(), result.ptr};
 }
 
 bool validBox(int box) {

@@ -1,9 +1,5 @@
 #include "platform/linux/image/raster_job.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <asio/buffer.hpp>
 #include <asio/error.hpp>
@@ -11,34 +7,9 @@
 #include <asio/read.hpp>
 #include <utility>
 
+#include "platform/linux/image/raster_child.h"
+
 namespace skavlo {
-
-namespace {
-
-// Enough for the decoders' recursion; the C library gives each thread as much address space.
-constexpr rlim_t kStackBytes = 2 * 1024 * 1024;
-
-// No home: the child reads the system's fonts and configuration and leaves no cache behind. The
-// languages choose among the shapes that scripts share; otherwise the text itself decides.
-const std::vector<std::string>& childEnvironment() {
-    static const std::vector<std::string> environment{"LANG=C.UTF-8", "PANGO_LANGUAGE=en:zh-cn",
-                                                      "HOME=/nonexistent",
-                                                      "XDG_CACHE_HOME=/nonexistent"};
-    return environment;
-}
-
-ChildDescription describe(const std::vector<std::string>& arguments, int input, int output) {
-    ChildDescription description;
-    description.arguments = arguments;
-    description.environment = childEnvironment();
-    description.descriptors = {{STDIN_FILENO, input}, {STDOUT_FILENO, output}};
-    description.group = ChildGroup::ownSession;
-    description.limits = {{RLIMIT_STACK, kStackBytes}};
-    description.deathSignal = SIGKILL;
-    return description;
-}
-
-}  // namespace
 
 RasterJob::RasterJob(asio::io_context& context, int box, Done done)
     : output_(context), timer_(context), box_(box), done_(std::move(done)) {}
@@ -62,15 +33,11 @@ void RasterJob::fail() {
 }
 
 bool RasterJob::spawn(const std::vector<std::string>& arguments, const UniqueDescriptor& input) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return false;
-    UniqueDescriptor readEnd(ends[0]);
-    const UniqueDescriptor writeEnd(ends[1]);
-    auto child = spawnChild(describe(arguments, input.get(), writeEnd.get()));
+    auto child = startRasterChild(arguments, input);
     if (!child) return false;
-    output_.assign(readEnd.release());
+    output_.assign(child->output.release());
     auto& context = static_cast<asio::io_context&>(output_.get_executor().context());
-    child_.emplace(context, std::move(*child), [this](ChildEnd end) { ended(end); });
+    child_.emplace(context, std::move(child->process), [this](ChildEnd end) { ended(end); });
     return true;
 }
 

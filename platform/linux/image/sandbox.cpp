@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/linux/image/system_calls.h"
 
@@ -27,15 +28,16 @@ struct Limit {
 // The number of threads has no limit of its own (it would count all processes of a user who is not
 // root): the system call filter keeps other processes from being made, and the address space
 // bounds the threads.
-constexpr Limit kLimits[] = {
+std::vector<Limit> all(const SandboxLimits& limits) {
+    return {
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which reserve terabytes
-    {RLIMIT_AS, rlim_t{1} << 30},
+        {RLIMIT_AS, limits.addressSpaceBytes},
 #endif
-    {RLIMIT_CPU, 10},  // seconds
-    {RLIMIT_NOFILE, 64},
-    {RLIMIT_FSIZE, 0},  // the answer goes through a pipe, which has no file size
-    {RLIMIT_CORE, 0},
-};
+            {RLIMIT_CPU, limits.processorSeconds}, {RLIMIT_NOFILE, 64},
+            {RLIMIT_FSIZE, 0},  // the answer goes through a pipe, which has no file size
+            {RLIMIT_CORE, 0},
+    };
+}
 
 Error systemError(const char* call) {
     return Error{std::string(call) + ": " + strerror(errno)};
@@ -63,8 +65,8 @@ std::optional<Error> dropRoot() {
     return std::nullopt;
 }
 
-std::optional<Error> setLimits() {
-    for (const Limit& each : kLimits) {
+std::optional<Error> setLimits(const SandboxLimits& limits) {
+    for (const Limit& each : all(limits)) {
         rlimit limit{};
         if (getrlimit(each.resource, &limit) != 0) return systemError("getrlimit");
         // An inherited limit that is lower stays.
@@ -85,9 +87,10 @@ std::optional<Error> setProcessAttributes() {
 
 }  // namespace
 
-std::optional<Error> enterSandbox() {
-    for (const auto step :
-         {standBack, setLimits, dropRoot, setProcessAttributes, filterSystemCalls})
+std::optional<Error> enterSandbox(const SandboxLimits& limits) {
+    if (auto error = standBack()) return error;
+    if (auto error = setLimits(limits)) return error;
+    for (const auto step : {dropRoot, setProcessAttributes, filterSystemCalls})
         if (auto error = step()) return error;
     return std::nullopt;
 }

@@ -117,8 +117,9 @@ void allowFiles(Filter& filter) {
                          SCMP_SYS(rename), SCMP_SYS(chmod), SCMP_SYS(fchmod), SCMP_SYS(link),
                          SCMP_SYS(utimensat), SCMP_SYS(inotify_init1), SCMP_SYS(eventfd2),
                          SCMP_SYS(ioctl), SCMP_SYS(memfd_create)});
-    // Looking up the user's name tries a daemon first.
-    filter.deny(EACCES, {SCMP_SYS(socket)});
+    // Looking up the user's name tries a daemon first, and a warning of a decoder asks whether
+    // standard error leads to the journal.
+    filter.deny(EACCES, {SCMP_SYS(socket), SCMP_SYS(getpeername)});
 }
 
 }  // namespace

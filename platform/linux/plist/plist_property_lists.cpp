@@ -35,19 +35,19 @@ bool nestsTooDeep(std::string_view xml) {
     return false;
 }
 
-PropertyValue fromPlist(plist_t node, int depth);
+PropertyValue fromPlist(plist_t node, int depth, bool& tooDeep);
 
-PropertyArray arrayFrom(plist_t node, int depth) {
+PropertyArray arrayFrom(plist_t node, int depth, bool& tooDeep) {
     PropertyArray result;
     const std::uint32_t count = plist_array_get_size(node);
     result.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i) {
-        result.push_back(fromPlist(plist_array_get_item(node, i), depth + 1));
+        result.push_back(fromPlist(plist_array_get_item(node, i), depth + 1, tooDeep));
     }
     return result;
 }
 
-PropertyDictionary dictionaryFrom(plist_t node, int depth) {
+PropertyDictionary dictionaryFrom(plist_t node, int depth, bool& tooDeep) {
     PropertyDictionary result;
     plist_dict_iter iterator = nullptr;
     plist_dict_new_iter(node, &iterator);
@@ -56,11 +56,43 @@ PropertyDictionary dictionaryFrom(plist_t node, int depth) {
         plist_t value = nullptr;
         plist_dict_next_item(node, iterator, &key, &value);
         if (!value) break;
-        result[key] = fromPlist(value, depth + 1);
+        result[key] = fromPlist(value, depth + 1, tooDeep);
         std::free(key);
     }
     std::free(iterator);
     return result;
+}
+
+// As the binary form of a property list that is this node alone, which loses nothing.
+PropertyOpaque opaqueFrom(plist_t node) {
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(node, &bytes, &length);
+    PropertyOpaque opaque;
+    if (bytes) opaque.encoded.assign(bytes, length);
+    plist_to_bin_free(bytes);
+    return opaque;
+}
+
+plist_t fromOpaque(const PropertyOpaque& opaque) {
+    plist_t node = nullptr;
+    if (!opaque.encoded.empty())
+        plist_from_bin(opaque.encoded.data(), static_cast<std::uint32_t>(opaque.encoded.size()),
+                       &node);
+    return node ? node : plist_new_string("");
+}
+
+// The library tells the bits of an integer and not whether they are signed. Its binary form does:
+// 16 bytes are for what needs 64 bits without a sign.
+PropertyValue integerFrom(plist_t node, std::uint64_t value) {
+    const auto number = static_cast<std::int64_t>(value);
+    if (number >= 0) return number;
+    PropertyOpaque opaque = opaqueFrom(node);
+    constexpr char kSixteenBytes = 0x14;
+    constexpr std::size_t kFirstObject = 8;
+    const std::string& encoded = opaque.encoded;
+    if (encoded.size() <= kFirstObject || encoded[kFirstObject] != kSixteenBytes) return number;
+    return opaque;
 }
 
 PropertyValue scalarFrom(plist_t node) {
@@ -73,7 +105,7 @@ PropertyValue scalarFrom(plist_t node) {
         case PLIST_UINT: {
             std::uint64_t value = 0;
             plist_get_uint_val(node, &value);
-            return static_cast<std::int64_t>(value);
+            return integerFrom(node, value);
         }
         case PLIST_REAL: {
             double value = 0;
@@ -86,17 +118,18 @@ PropertyValue scalarFrom(plist_t node) {
             return text ? std::string(text, length) : std::string();
         }
         default:
-            return {};
+            return opaqueFrom(node);
     }
 }
 
-PropertyValue fromPlist(plist_t node, int depth) {
-    if (depth > kDeepest) return {};
+PropertyValue fromPlist(plist_t node, int depth, bool& tooDeep) {
+    tooDeep = tooDeep || depth > kDeepest;
+    if (tooDeep) return {};
     switch (plist_get_node_type(node)) {
         case PLIST_ARRAY:
-            return arrayFrom(node, depth);
+            return arrayFrom(node, depth, tooDeep);
         case PLIST_DICT:
-            return dictionaryFrom(node, depth);
+            return dictionaryFrom(node, depth, tooDeep);
         default:
             return scalarFrom(node);
     }
@@ -121,7 +154,7 @@ plist_t toPlist(const PropertyValue& value) {
         }
         return node;
     }
-    return plist_new_string("");
+    return fromOpaque(*value.as<PropertyOpaque>());
 }
 
 }  // namespace
@@ -133,7 +166,10 @@ std::optional<PropertyDictionary> PlistPropertyLists::parse(const std::string& b
     plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
     const OwnedPlist owner(root);
     if (!root || plist_get_node_type(root) != PLIST_DICT) return std::nullopt;
-    return dictionaryFrom(root, 0);
+    bool tooDeep = false;
+    PropertyDictionary dictionary = dictionaryFrom(root, 0, tooDeep);
+    if (tooDeep) return std::nullopt;
+    return dictionary;
 }
 
 std::string PlistPropertyLists::serialize(const PropertyDictionary& dictionary) const {

@@ -60,7 +60,9 @@ std::optional<std::uint64_t> PosixFiles::sizeOf(const std::string& path) const {
 }
 
 // Not synced to the disk: a process that dies at any moment leaves the old file or the new one, and
-// for a machine that dies the file system keeps the order of writing and renaming.
+// for a machine that dies the file system keeps the order of writing and renaming. A writer that is
+// killed on the way leaves its one temporary file; nobody clears it away, because it
+// looks like that of a writer still at work.
 bool PosixFiles::writeAtomically(const std::string& path, const std::string& contents) {
     std::string temporary = path + ".XXXXXX";
     const UniqueDescriptor file(mkostemp(temporary.data(), O_CLOEXEC));

@@ -92,6 +92,11 @@ void OverlayRig::startCompositor() {
 }
 
 void OverlayRig::startOverlay() {
+    ASSERT_NO_FATAL_FAILURE(launchOverlay());
+    captureUntil(isClean, "the background alone, at the start");
+}
+
+void OverlayRig::launchOverlay() {
     auto environment = server_->environment();
     // Nothing of the desktop on which the tests may run.
     for (const char* name :
@@ -104,7 +109,6 @@ void OverlayRig::startOverlay() {
     ASSERT_TRUE(
         rig::waitForOverlayWindow(*display_, rig::Deadline(kPatience), {overlay_->endDescriptor()}))
         << "the overlay showed no window";
-    captureUntil(isClean, "the background alone, at the start");
 }
 
 void OverlayRig::start(const PropertyDictionary& settings) {

@@ -48,6 +48,8 @@ class OverlayRig : public OverlayFiles {
     void startServer(const rig::XServerOptions& options = {.sizes = {kScreen}});
     void startCompositor();
     void startOverlay();
+    // The overlay alone, whatever else is on the screen.
+    void launchOverlay();
     void start(const PropertyDictionary& settings = {});
 
     rig::Display& display() { return *display_; }

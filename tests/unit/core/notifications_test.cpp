@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/linux/notify/socket_notification_poster.h"
 #include "platform/linux/posix/posix_files.h"
 
 namespace skavlo {
@@ -89,6 +90,17 @@ TEST_F(SocketNotificationsTest, ComeFromAnotherProcess) {
     runUntil(received, 1);
     EXPECT_EQ(received, 1);
     waitpid(child, nullptr, 0);
+}
+
+TEST_F(SocketNotificationsTest, APosterWithoutARunLoopReachesThem) {
+    SocketNotificationPoster poster(runDirectory());
+    const auto registration = notifications.notify_register_dispatch("name", [&] { ++received; });
+    poster.notify_post("name");
+    runUntil(received, 1);
+    EXPECT_EQ(received, 1);
+    EXPECT_EQ(poster.notify_register_dispatch("name", [&] { ++received; }), nullptr);
+    EXPECT_EQ(sockets(), 1U);
+    SocketNotificationPoster(temporary.file("missing")).notify_post("name");
 }
 
 TEST_F(SocketNotificationsTest, PostingToNobodyIsSilent) {
