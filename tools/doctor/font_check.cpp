@@ -66,7 +66,10 @@ Findings checkFonts(const Surroundings& /*surroundings*/) {
     const Wanted wanted[] = {
         {'A', false, {"文字字体", "font for text"}, "fonts-dejavu-core"},
         {0x1F44D, true, {"彩色表情字体", "font for colour emoji"}, "fonts-noto-color-emoji"},
-        {0x6C49, false, {"中日韩字体", "font for Chinese, Japanese and Korean"}, "fonts-wqy-microhei"}};
+        {0x6C49,
+         false,
+         {"中日韩字体", "font for Chinese, Japanese and Korean"},
+         "fonts-wqy-microhei"}};
     const std::unique_ptr<FcConfig, Release> config(FcInitLoadConfigAndFonts());
     Findings findings;
     for (const Wanted& one : wanted) {
