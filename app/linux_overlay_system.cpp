@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "overlay/overlay_app_delegate.h"
+#include "platform/linux/capture/capture_sources.h"
+#include "platform/linux/capture/mirror_source.h"
 #include "platform/linux/confine/confinement.h"
 #include "platform/linux/x11/connect_to_x.h"
 
@@ -46,7 +48,17 @@ bool LinuxOverlaySystem::UIScreen_initialize() {
     windowServer_ = std::move(server->server);
     windowServerKind_ = server->kind;
     windowServer_->setLostHandler([this] { end(1); });
+    watchCapture();
     return true;
+}
+
+void LinuxOverlaySystem::watchCapture() {
+    const auto layout = [this] { return windowServer_->layout(); };
+    auto mirror = std::make_unique<MirrorSource>(layout);
+    windowServer_->addLayoutHandler([source = mirror.get()] { source->layoutChanged(); });
+    captureState_.add(std::move(mirror));
+    addCaptureSources(captureState_, runLoop_,
+                      {.connectX = [] { return connectToX(nullptr); }, .layout = layout});
 }
 
 void LinuxOverlaySystem::setNewDelegate() {

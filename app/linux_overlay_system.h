@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/capture/capture_monitor.h"
 #include "platform/linux/image/raster_client.h"
 #include "platform/linux/input/input_selector.h"
 #include "platform/linux/loop/asio_run_loop.h"
@@ -16,13 +17,6 @@
 #include "settings/settings_directory.h"
 
 namespace skavlo {
-
-// Until the screen's capture can be told it counts as not captured.
-class NeverCaptured final : public CaptureState {
-  public:
-    [[nodiscard]] bool isCaptured() const override { return false; }
-    void setDidChangeHandler(std::function<void()> /*handler*/) override {}
-};
 
 // The overlay on Linux: every part of the platform, and how the process ends.
 class LinuxOverlaySystem final : public OverlaySystem {
@@ -46,6 +40,7 @@ class LinuxOverlaySystem final : public OverlaySystem {
 
   private:
     void end(int status);
+    void watchCapture();
     void sayWithoutInput() const;
 
     SettingsDirectory directory_;
@@ -55,7 +50,7 @@ class LinuxOverlaySystem final : public OverlaySystem {
     PosixProcess process_;
     PlistPropertyLists propertyLists_;
     SocketNotifications notifications_;
-    NeverCaptured captureState_;
+    CaptureMonitor captureState_;
     RasterClient rasterizer_;
     asio::signal_set signals_;
     std::unique_ptr<DesktopWindowServer> windowServer_;

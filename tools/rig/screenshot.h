@@ -7,7 +7,7 @@
 
 namespace skavlo::rig {
 
-// The whole root window with everything on it, opaque.
+// The whole root window with everything on it at one moment, opaque.
 Result<Bitmap> captureRoot(const Display& display);
 
 // 0xAARRGGBB; the place must lie within the bitmap.

@@ -98,7 +98,11 @@ void OverlayRig::startOverlay() {
 
 void OverlayRig::launchOverlay() {
     auto environment = server_->environment();
-    environment.emplace_back("WAYLAND_DISPLAY");
+    // Nothing of the desktop on which the tests may run.
+    for (const char* name :
+         {"WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_REMOTE"}) {
+        environment.emplace_back(name);
+    }
     auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, environment, {}, -1});
     ASSERT_TRUE(overlay) << overlay.error().message;
     overlay_ = std::move(*overlay);
