@@ -36,7 +36,8 @@ void SettingsViewController::shrinkImage(const std::string& path) {
         }));
 }
 
-// Without data, as of an image that could not be decoded, the old one goes and none takes its place.
+// Without data, as of an image that could not be decoded, the old one goes and none takes its
+// place.
 void SettingsViewController::storeImage(const std::optional<std::string>& data) {
     const std::string path = system_.directory.customImageFile();
     if (system_.files.fileExistsAtPath(path)) system_.files.unlink(path);

@@ -14,8 +14,8 @@ namespace skavlo {
 // only. The result may be in error, as that of xcb_connect().
 xcb_connection_t* connectToX(int* screenNumber);
 
-// Who owns the session: the owner of XDG_RUNTIME_DIR. None: it is not there, or it is root. Never the
-// owner of the display's socket: a name in DISPLAY could lead root onto somebody else's screen.
+// Who owns the session: the owner of XDG_RUNTIME_DIR. None: it is not there, or it is root. Never
+// the owner of the display's socket: a name in DISPLAY could lead root onto somebody else's screen.
 std::optional<uid_t> sessionOwner(const char* runtimeDirectory);
 
 }  // namespace skavlo

@@ -231,7 +231,8 @@ TEST_F(RigTest, leavesNothingBehindWhenItsProcessIsKilled) {
     if (IsSkipped()) {
         return;
     }
-    const std::string directory = testing::TempDir() + "skavlo-doomed-rig";
+    const std::string directory =
+        testing::TempDir() + "skavlo-doomed-rig-" + std::to_string(getpid());
     std::filesystem::create_directory(directory);
     setenv("TMPDIR", directory.c_str(), 1);
     int ends[2];

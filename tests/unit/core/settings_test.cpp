@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <limits>
@@ -98,7 +99,7 @@ class PropertyListFile : public testing::Test {
   protected:
     // What the program says, which may read the bytes in the file of its first argument.
     static std::string runPython(const std::string& program, const std::string& bytes) {
-        const std::string path = testing::TempDir() + "skavlo-plist-test.plist";
+        const std::string path = testing::TempDir() + "skavlo-plist-" + std::to_string(getpid());
         FILE* file = std::fopen(path.c_str(), "wb");
         std::fwrite(bytes.data(), 1, bytes.size(), file);
         std::fclose(file);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <png.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <cstdio>
@@ -47,7 +48,7 @@ std::vector<Chunk> chunksOf(const std::string& file) {
 }
 
 std::string written(const AnimatedPng& animation) {
-    const std::string path = testing::TempDir() + "skavlo-animation-test.png";
+    const std::string path = testing::TempDir() + "skavlo-animation-" + std::to_string(getpid());
     const auto error = animation.write(path);
     EXPECT_FALSE(error) << error->message;
     std::ifstream file(path, std::ios::binary);

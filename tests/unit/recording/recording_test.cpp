@@ -1,6 +1,7 @@
 #include "tools/recording/recording.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -73,7 +74,7 @@ TEST(Recording, refusesWhatIsNoFile) {
 }
 
 TEST(Recording, readsAFile) {
-    const std::string path = testing::TempDir() + "skavlo-recording-test.txt";
+    const std::string path = testing::TempDir() + "skavlo-recording-" + std::to_string(getpid());
     std::ofstream(path) << "screen 5 5\n0 1 2 3 down\n";
     auto recording = readRecording(path);
     std::remove(path.c_str());
