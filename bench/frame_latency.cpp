@@ -81,14 +81,14 @@ class Measurement {
         : server_(orDie(X11WindowServer::connect(loop_))),
           timed_(*server_, [this] { committed(); }),
           hid_(clock_),
-          tracker_([this] { return server_->outputs().bounds().size; },
+          tracker_([this] { return server_->screen().bounds().size; },
                    [this](const HidEvent& event) {
                        waiting_.push_back(clock_.mach_absolute_time());
                        hid_.deliver(event);
                    }),
           timer_(loop_.context()) {
         g_skv_overlayAppDelegate = std::make_unique<OverlayAppDelegate>(
-            OverlayServices{loop_, clock_, files_, lists_, notifications_, server_->outputs(),
+            OverlayServices{loop_, clock_, files_, lists_, notifications_, server_->screen(),
                             capture_, pictures_, SettingsDirectory("/")},
             timed_);
         g_skv_hidClient = &hid_;

@@ -110,7 +110,7 @@ std::string InputSelector::touchOutput() const {
     if (source_ != InputSourceKind::xinput2) return {};
     for (const XInputDevice& device : x_->devices()) {
         if (!device.enabled || !device.directTouch) continue;
-        const std::string output =
+        std::string output =
             mappedOutput(layout_, {.desktopTransform = device.coordinateTransformation});
         if (!output.empty()) return output;
     }

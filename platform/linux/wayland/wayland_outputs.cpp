@@ -26,6 +26,7 @@ void WaylandOutputs::add(const WaylandConnection::Global& global) {
     auto* bound = static_cast<wl_output*>(
         connection_.bind(global, wl_output_interface, kFirstWithDone, kNewest));
     if (!bound) return;
+    // NOLINTNEXTLINE(modernize-make-unique): it takes no aggregate with every compiler
     outputs_.push_back(std::unique_ptr<Output>(
         new Output{*this, global.name, WaylandPointer<wl_output>(bound), {}, {}, {}}));
     Output& output = *outputs_.back();
