@@ -2,7 +2,8 @@
 
 #include <atspi/atspi.h>
 
-#include <cstdlib>
+#include <algorithm>
+#include <cstddef>
 
 namespace skavlo::rig {
 
@@ -55,6 +56,7 @@ std::vector<std::string> actionsOf(AtspiAccessible* accessible) {
     std::vector<std::string> result;
     const Object<AtspiAction> action(atspi_accessible_get_action_iface(accessible));
     const int count = action ? atspi_action_get_n_actions(action.get(), nullptr) : 0;
+    result.reserve(static_cast<std::size_t>(std::max(count, 0)));
     for (int i = 0; i < count; ++i) {
         result.push_back(taken(atspi_action_get_action_name(action.get(), i, nullptr)));
     }

@@ -65,7 +65,7 @@ std::optional<AccessibleItem> SettingsApplication::waitForMove(const std::string
                                                                const AccessibleItem& from) const {
     const Deadline deadline(kLongestRest);
     while (!deadline.passed()) {
-        const auto found = tree_.find(role, name);
+        auto found = tree_.find(role, name);
         if (found && found->extents != from.extents) {
             return found;
         }
