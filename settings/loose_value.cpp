@@ -84,10 +84,6 @@ float floatValue(const PropertyValue* value) {
     return 0;
 }
 
-std::int32_t intValue(std::string_view text) {
-    return scanInteger<std::int32_t>(text);
-}
-
 const PropertyValue* lookUp(const PropertyDictionary& dictionary, const char* key) {
     const auto it = dictionary.find(key);
     return it == dictionary.end() ? nullptr : &it->second;

@@ -1,33 +1,38 @@
 #include "tools/doctor/display_rules.h"
 
 #include <charconv>
-#include <utility>
+
+#include "platform/linux/window_servers/choice.h"
 
 namespace skavlo::doctor {
 
 namespace {
 
 Finding backEnd(const DisplayFacts& facts) {
-    if (facts.layerShell) {
+    const WindowServerKind kind =
+        chooseWindowServer(
+            {.compositor = facts.wayland, .layerShell = facts.layerShell, .xServer = facts.x})
+            .kind;
+    if (kind == WindowServerKind::wayland) {
         return {"display",
                 Level::ok,
                 {"Wayland 会话，标记显示在 layer shell 的 overlay 层",
                  "Wayland session: the markers lie in layer shell's overlay layer"}};
     }
-    if (facts.x && !facts.alpha) {
+    if (kind == WindowServerKind::x11 && !facts.alpha) {
         return {
             "display",
             Level::fail,
             {"X 服务器没有带透明通道的 visual", "the X server has no visual with an alpha channel"},
             {"让 X 服务器使用 24 位色深", "run the X server with 24 bits of depth"}};
     }
-    if (facts.x && facts.wayland) {
+    if (kind == WindowServerKind::x11 && facts.wayland) {
         return {"display",
                 Level::ok,
                 {"Wayland 会话，标记显示在 XWayland 窗口中",
                  "Wayland session: the markers lie in a window of XWayland"}};
     }
-    if (facts.x) {
+    if (kind == WindowServerKind::x11) {
         return {
             "display",
             Level::ok,
@@ -63,16 +68,12 @@ Findings judgeDisplay(const DisplayFacts& facts) {
 }
 
 std::optional<bool> swallowsTouches(std::string_view version) {
-    constexpr std::pair<int, int> kFixed{44, 2};
     const std::size_t at = version.find_first_of("0123456789");
     if (at == std::string_view::npos) return std::nullopt;
+    int major = 0;
     const char* const end = version.data() + version.size();
-    std::pair<int, int> found{0, 0};
-    const auto major = std::from_chars(version.data() + at, end, found.first);
-    if (major.ec != std::errc()) return std::nullopt;
-    // Without a number behind the point, as in "44.beta", it counts as before all others.
-    if (major.ptr != end && *major.ptr == '.') std::from_chars(major.ptr + 1, end, found.second);
-    return found < kFixed;
+    if (std::from_chars(version.data() + at, end, major).ec != std::errc()) return std::nullopt;
+    return forgetsInputShapes(version.substr(at));
 }
 
 }  // namespace skavlo::doctor

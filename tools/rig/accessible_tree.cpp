@@ -83,16 +83,6 @@ Object<AtspiAccessible> childOf(AtspiAccessible* parent, int index) {
     return Object<AtspiAccessible>(atspi_accessible_get_child_at_index(parent, index, nullptr));
 }
 
-void collect(AtspiAccessible* parent, std::vector<AccessibleItem>& items) {
-    const int count = atspi_accessible_get_child_count(parent, nullptr);
-    for (int i = 0; i < count; ++i) {
-        if (const auto child = childOf(parent, i)) {
-            items.push_back(itemOf(child.get()));
-            collect(child.get(), items);
-        }
-    }
-}
-
 // Each question to the program takes its time, so only the one found is asked for everything.
 std::optional<AccessibleItem> findBelow(AtspiAccessible* parent, const std::string& role,
                                         const std::string& name) {
@@ -144,12 +134,6 @@ Result<AccessibleTree> AccessibleTree::open(const std::string& application,
         waitReadable({}, Deadline(std::chrono::milliseconds(20)));
     }
     return Error{"no program named " + application + " on the accessibility bus"};
-}
-
-std::vector<AccessibleItem> AccessibleTree::items() const {
-    std::vector<AccessibleItem> result;
-    collect(static_cast<AtspiAccessible*>(application_.get()), result);
-    return result;
 }
 
 std::optional<AccessibleItem> AccessibleTree::find(const std::string& role,

@@ -40,9 +40,7 @@ class AccessibleTree {
     // Waits until the program with this name is there.
     static Result<AccessibleTree> open(const std::string& application, const Deadline& deadline);
 
-    // Everything below the program, parents before children; read afresh each time.
-    [[nodiscard]] std::vector<AccessibleItem> items() const;
-    // The first one with this role and name.
+    // The first one with this role and name, parents before children; asked for afresh each time.
     [[nodiscard]] std::optional<AccessibleItem> find(const std::string& role,
                                                      const std::string& name) const;
 
