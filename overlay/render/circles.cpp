@@ -5,6 +5,7 @@
 // hence what averaging a far finer drawing gives.
 //
 // See circle_cover-inl.h for the coverages.
+#include "overlay/render/bands.h"
 #include "overlay/render/circle_look.h"
 #include "overlay/render/visibility.h"
 
@@ -286,7 +287,10 @@ void drawCircles(const RenderTarget& target, const PixelRect& clip, const Circle
     const PixelRect area = drawable(target, clip);
     const CircleLook look = circleLook(style);
     if (area.empty() || !(look.radius > 0)) return;
-    HWY_DYNAMIC_DISPATCH(drawAll)(target, area, look, instances);
+    const Bands bands(area, instances, look.radius);
+    for (const Band& band : bands.all()) {
+        HWY_DYNAMIC_DISPATCH(drawAll)(target, band.clip, look, band.instances);
+    }
 }
 
 }  // namespace skavlo

@@ -272,6 +272,30 @@ TEST_P(LookTest, IsTheSameOnEverySimdTarget) {
 INSTANTIATE_TEST_SUITE_P(Looks, LookTest, testing::ValuesIn(looks()),
                          [](const auto& look) { return std::string(look.param.name); });
 
+// So many that they are drawn in bands of rows, beside the same in portions too small for that.
+TEST(ManyCircles, AreDrawnAsFewAre) {
+    constexpr PixelSize kLarge{900, 700};
+    constexpr PixelRect kClip{30, 40, 850, 630};
+    const CircleStyle style{60, 5, {1, 0, 0, 0.3}, {0, 1, 1, 0.6}};
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> unit(-0.1F, 1.1F);
+    std::vector<Instance> all;
+    for (int i = 0; i < 6000; ++i) {
+        all.push_back({kLarge.width * unit(random), kLarge.height * unit(random), unit(random),
+                       unit(random)});
+    }
+    all[77].x = std::numeric_limits<float>::quiet_NaN();
+    all[78].scale = 1e30F;
+    Bitmap atOnce = reference::blank(kLarge);
+    drawCircles(reference::targetOf(atOnce), kClip, style, all);
+    Bitmap inPortions = reference::blank(kLarge);
+    for (std::size_t i = 0; i < all.size(); i += 500) {
+        drawCircles(reference::targetOf(inPortions), kClip, style, std::span(all).subspan(i, 500));
+    }
+    EXPECT_EQ(atOnce.pixels, inPortions.pixels);
+    EXPECT_NE(atOnce.pixels, reference::blank(kLarge).pixels);
+}
+
 TEST(Clear, EmptiesARectangleAndNothingElse) {
     Bitmap bitmap = reference::blank(kSize);
     std::fill(bitmap.pixels.begin(), bitmap.pixels.end(), 0xFFFFFFFFU);
