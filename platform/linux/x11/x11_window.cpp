@@ -20,8 +20,9 @@ namespace {
 constexpr std::uint8_t kDepth = 32;
 // Another window that also insists on being the topmost one must not turn into a race.
 constexpr double kRaiseAgainSeconds = 0.02;
-// Two frames of a display with 60 a second.
-constexpr double kDrawingHandedOnSeconds = 2.0 / 60;
+// Two frames of a display with 60 a second, and in what steps.
+constexpr int kDrawingHandedOnSteps = 5;
+constexpr double kDrawingHandedOnStepSeconds = 2.0 / 60 / kDrawingHandedOnSteps;
 
 std::vector<xcb_rectangle_t> toXcb(const std::vector<PixelRect>& rects) {
     std::vector<xcb_rectangle_t> result;
@@ -137,22 +138,20 @@ void X11Window::windowManagerChanged() {
 }
 
 // To be called before each draw. XWayland may hand the drawing on only with the compositor's next
-// frame, behind the shape, so the shape changes again when that must be over.
+// frame, behind the shape, so the shape changes again and again until that must be over.
 void X11Window::renewInputShape() {
     if (!inputShapeIsForgotten_) return;
     changeInputShape();
-    drawnSinceInputShape_ = true;
-    if (!inputShapeScheduled_) changeInputShapeLater();
+    const bool waiting = inputShapeChangesLeft_ > 0;
+    inputShapeChangesLeft_ = kDrawingHandedOnSteps;
+    if (!waiting) changeInputShapeLater();
 }
 
 void X11Window::changeInputShapeLater() {
-    inputShapeScheduled_ = true;
-    drawnSinceInputShape_ = false;
-    inputShapeTimer_ = runLoop_.scheduledTimer(kDrawingHandedOnSeconds, false, [this] {
-        inputShapeScheduled_ = false;
+    inputShapeTimer_ = runLoop_.scheduledTimer(kDrawingHandedOnStepSeconds, false, [this] {
         changeInputShape();
         connection_.flush();
-        if (drawnSinceInputShape_) changeInputShapeLater();
+        if (--inputShapeChangesLeft_ > 0) changeInputShapeLater();
     });
 }
 

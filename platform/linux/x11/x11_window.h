@@ -68,8 +68,7 @@ class X11Window final : public Window {
     xcb_atom_t windowManagerCheck_ = 0;
     bool inputShapeIsForgotten_ = false;  // see forgetsInputShapes()
     bool inputShapeHasCorner_ = false;
-    bool drawnSinceInputShape_ = false;
-    bool inputShapeScheduled_ = false;
+    int inputShapeChangesLeft_ = 0;
     std::unique_ptr<Timer> inputShapeTimer_;
     bool composited_ = false;
     bool onTop_ = false;
