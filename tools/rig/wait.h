@@ -12,8 +12,8 @@ namespace skavlo::rig {
 
 class Deadline {
   public:
-    explicit Deadline(std::chrono::milliseconds fromNow)
-        : time_(std::chrono::steady_clock::now() + fromNow) {}
+    // That much later where SKAVLO_SLOWNESS says how many times slower than most this machine is.
+    explicit Deadline(std::chrono::milliseconds fromNow);
     explicit Deadline(std::chrono::steady_clock::time_point time) : time_(time) {}
 
     [[nodiscard]] bool passed() const { return std::chrono::steady_clock::now() >= time_; }

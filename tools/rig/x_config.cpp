@@ -55,19 +55,20 @@ std::string modeName(PixelSize size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-std::string xConfig(const std::vector<PixelSize>& sizes, const std::string& touchSocket) {
-    std::string text =
-        "Section \"ServerFlags\"\n  Option \"AutoAddDevices\" \"false\"\n"
-        "  Option \"AutoAddGPU\" \"false\"\n  Option \"DontVTSwitch\" \"true\"\nEndSection\n"
+std::string xConfig(const XConfigOptions& options) {
+    std::string text = "Section \"ServerFlags\"\n  Option \"AutoAddDevices\" \"";
+    text += options.machineDevices ? "true" : "false";
+    text +=
+        "\"\n  Option \"AutoAddGPU\" \"false\"\n  Option \"DontVTSwitch\" \"true\"\nEndSection\n"
         "Section \"ServerLayout\"\n  Identifier \"layout\"\n  Screen \"screen\"\n";
-    if (!touchSocket.empty()) {
+    if (!options.touchSocket.empty()) {
         text += "  InputDevice \"touch\" \"SendCoreEvents\"\n";
     }
     text += "EndSection\n";
-    if (!touchSocket.empty()) {
-        text += touchSection(touchSocket);
+    if (!options.touchSocket.empty()) {
+        text += touchSection(options.touchSocket);
     }
-    return text + screenSections(sizes);
+    return text + screenSections(options.sizes);
 }
 
 }  // namespace skavlo::rig

@@ -139,7 +139,8 @@ Result<XServer> XServer::start(const XServerOptions& options) {
     FileDescriptor numberRead(ends[0]);
     FileDescriptor numberWrite(ends[1]);
     const std::string socket = options.touch ? files.file("touch") : "";
-    std::ofstream(files.file("xorg.conf")) << xConfig(options.sizes, socket);
+    std::ofstream(files.file("xorg.conf")) << xConfig(
+        {.sizes = options.sizes, .touchSocket = socket, .machineDevices = options.machineDevices});
     const FileDescriptor output(
         open(files.file("output").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
     auto server = Child::start({serverArguments(files, *authority, options, numberWrite.get()),

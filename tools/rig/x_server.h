@@ -18,6 +18,7 @@ struct XServerOptions {
     // Modes of the one output; the first is in force at the start.
     std::vector<PixelSize> sizes = {{1280, 720}};
     bool touch = true;
+    bool machineDevices = false;  // besides, the machine's own input devices, as they come and go
     int dpi = 96;
     std::vector<std::string> withoutExtensions = {};  // by name, as "MIT-SHM"
 };

@@ -32,7 +32,8 @@ struct WaylandClient::State {
     bool entered = false;
     Point pointerPlace;
     std::vector<Point> presses;
-    std::vector<Point> touches;
+    std::map<std::int32_t, Point> fingers;
+    std::vector<WindowTouch> touches;
 
     template <typename T>
     T* bind(const wl_interface& interface, std::uint32_t most) {
@@ -45,6 +46,7 @@ struct WaylandClient::State {
     void listenSeat();
     void listenPointer();
     void listenTouch();
+    void noteTouch(WindowTouch::Kind kind, std::int32_t finger, wl_fixed_t x, wl_fixed_t y);
 };
 
 void WaylandClient::State::draw() {
@@ -98,16 +100,29 @@ void WaylandClient::State::listenPointer() {
     wl_pointer_add_listener(pointer, &kListener, this);
 }
 
+void WaylandClient::State::noteTouch(WindowTouch::Kind kind, std::int32_t finger, wl_fixed_t x,
+                                     wl_fixed_t y) {
+    fingers[finger] = {wl_fixed_to_double(x), wl_fixed_to_double(y)};
+    touches.push_back({kind, fingers[finger]});
+}
+
 void WaylandClient::State::listenTouch() {
     static constexpr wl_touch_listener kListener{
         .down =
-            [](void* data, wl_touch*, std::uint32_t, std::uint32_t, wl_surface*, std::int32_t,
-               wl_fixed_t x, wl_fixed_t y) {
-                static_cast<State*>(data)->touches.push_back(
-                    {wl_fixed_to_double(x), wl_fixed_to_double(y)});
+            [](void* data, wl_touch*, std::uint32_t, std::uint32_t, wl_surface*,
+               std::int32_t finger, wl_fixed_t x, wl_fixed_t y) {
+                static_cast<State*>(data)->noteTouch(WindowTouch::Kind::down, finger, x, y);
             },
-        .up = [](void*, wl_touch*, std::uint32_t, std::uint32_t, std::int32_t) {},
-        .motion = [](void*, wl_touch*, std::uint32_t, std::int32_t, wl_fixed_t, wl_fixed_t) {},
+        .up =
+            [](void* data, wl_touch*, std::uint32_t, std::uint32_t, std::int32_t finger) {
+                auto& self = *static_cast<State*>(data);
+                self.touches.push_back({WindowTouch::Kind::up, self.fingers[finger]});
+            },
+        .motion =
+            [](void* data, wl_touch*, std::uint32_t, std::int32_t finger, wl_fixed_t x,
+               wl_fixed_t y) {
+                static_cast<State*>(data)->noteTouch(WindowTouch::Kind::motion, finger, x, y);
+            },
         .frame = [](void*, wl_touch*) {},
         .cancel = [](void*, wl_touch*) {},
         .shape = [](void*, wl_touch*, std::int32_t, wl_fixed_t, wl_fixed_t) {},
@@ -124,9 +139,12 @@ void WaylandClient::State::listenSeat() {
                     self.pointer = wl_seat_get_pointer(from);
                     self.listenPointer();
                 }
-                if ((capabilities & WL_SEAT_CAPABILITY_TOUCH) != 0 && !self.touch) {
+                const bool offered = (capabilities & WL_SEAT_CAPABILITY_TOUCH) != 0;
+                if (offered && !self.touch) {
                     self.touch = wl_seat_get_touch(from);
                     self.listenTouch();
+                } else if (!offered && self.touch) {
+                    wl_touch_release(std::exchange(self.touch, nullptr));
                 }
             },
         .name = [](void*, wl_seat*, const char*) {}};
@@ -186,7 +204,7 @@ PixelSize WaylandClient::windowSize() const {
 const std::vector<Point>& WaylandClient::presses() const {
     return state_->presses;
 }
-const std::vector<Point>& WaylandClient::touches() const {
+const std::vector<WindowTouch>& WaylandClient::touches() const {
     return state_->touches;
 }
 

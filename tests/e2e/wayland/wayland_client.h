@@ -11,6 +11,7 @@
 
 #include "platform/geometry.h"
 #include "platform/result.h"
+#include "tests/e2e/overlay/window_touch.h"
 #include "tools/rig/wait.h"
 
 namespace skavlo {
@@ -30,11 +31,11 @@ class WaylandClient {
 
     // What reached the window so far, in its own points.
     [[nodiscard]] const std::vector<Point>& presses() const;
-    [[nodiscard]] const std::vector<Point>& touches() const;
+    [[nodiscard]] const std::vector<WindowTouch>& touches() const;
 
     // Whether the pointer has come over the window.
     [[nodiscard]] bool pointerEntered() const;
-    // Whether the compositor has offered touches.
+    // Whether the compositor offers touches.
     [[nodiscard]] bool hasTouch() const;
 
     // Of a pointer that this client moves; `place` in points of the whole desktop, which is as

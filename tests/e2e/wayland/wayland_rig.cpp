@@ -105,9 +105,11 @@ void WaylandRig::plugTouchscreen(const std::vector<std::string>& properties) {
 
 void WaylandRig::startOverlay(const std::vector<std::string>& environment) {
     auto all = session_->environment();
-    const char* preloaded = std::getenv("LD_PRELOAD");
-    all.push_back(std::string("LD_PRELOAD=") + SKAVLO_MOCK_HOOKS + ":" +
-                  (preloaded ? preloaded : ""));
+    if (bed_) {
+        const char* preloaded = std::getenv("LD_PRELOAD");
+        all.push_back(std::string("LD_PRELOAD=") + SKAVLO_MOCK_HOOKS + ":" +
+                      (preloaded ? preloaded : ""));
+    }
     for (const std::string& variable : environment) {
         const std::string name = variable.substr(0, variable.find('='));
         std::erase_if(all, [&](const std::string& other) {

@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/inotify.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -55,6 +57,24 @@ std::string waitForFile(const std::string& directory, Wanted wanted, int process
         while (read(watch.get(), events.data(), events.size()) > 0) {
         }
     }
+}
+
+bool accepts(const std::string& path) {
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const rig::FileDescriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+// The socket's file is there a moment before the compositor listens.
+bool waitUntilAccepts(const std::string& path, int processEnd, const rig::Deadline& deadline) {
+    constexpr std::chrono::milliseconds kLookAgain(5);
+    while (!accepts(path)) {
+        if (deadline.passed() || rig::waitReadable({processEnd}, rig::Deadline(kLookAgain))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace
@@ -117,9 +137,10 @@ Result<WaylandSession> WaylandSession::start(const WaylandSessionOptions& option
     auto compositor = rig::Child::start({command, environment, {}, log.get()});
     if (!compositor) return compositor.error();
     session.compositor_ = std::move(*compositor);
-    session.display_ = waitForFile(pattern, isDisplay, session.compositor_->endDescriptor(),
-                                   rig::Deadline(kStartTime));
-    if (session.display_.empty()) {
+    const int ended = session.compositor_->endDescriptor();
+    const rig::Deadline deadline(kStartTime);
+    session.display_ = waitForFile(pattern, isDisplay, ended, deadline);
+    if (session.display_.empty() || !waitUntilAccepts(session.socket(), ended, deadline)) {
         return Error{options.command.front() + " did not start:\n" + contents(session.file("log"))};
     }
     return session;

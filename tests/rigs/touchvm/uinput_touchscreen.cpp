@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 namespace skavlo::test {
 
@@ -36,7 +37,7 @@ UinputTouchscreen::UinputTouchscreen() : descriptor_(open("/dev/uinput", O_RDWR 
     axis(ABS_MT_POSITION_Y, kHeight - 1, kUnitsPerMillimetre);
     uinput_setup setup{};
     setup.id = {BUS_USB, 0x1209, 1, 1};
-    std::strncpy(setup.name, "test touchscreen", sizeof setup.name - 1);
+    std::strncpy(setup.name, kName, sizeof setup.name - 1);
     require(ioctl(descriptor_, UI_DEV_SETUP, &setup) == 0, "UI_DEV_SETUP");
     require(ioctl(descriptor_, UI_DEV_CREATE) == 0, "UI_DEV_CREATE");
 }
@@ -44,6 +45,17 @@ UinputTouchscreen::UinputTouchscreen() : descriptor_(open("/dev/uinput", O_RDWR 
 UinputTouchscreen::~UinputTouchscreen() {
     ioctl(descriptor_, UI_DEV_DESTROY);
     close(descriptor_);
+}
+
+std::string UinputTouchscreen::node() const {
+    char input[64] = "";
+    require(ioctl(descriptor_, UI_GET_SYSNAME(sizeof input), input) >= 0, "UI_GET_SYSNAME");
+    const std::filesystem::path device = std::filesystem::path("/sys/class/input") / input;
+    for (const auto& entry : std::filesystem::directory_iterator(device)) {
+        const std::string name = entry.path().filename();
+        if (name.starts_with("event")) return "/dev/input/" + name;
+    }
+    return {};
 }
 
 void UinputTouchscreen::axis(int code, int maximum, int resolution) {
