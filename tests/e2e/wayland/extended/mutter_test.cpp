@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <linux/input-event-codes.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -157,10 +158,14 @@ class Mutter : public WaylandRig {
     }
     void liftFromWindow() { call("NotifyTouchUp", g_variant_new("(u)", 0U)); }
     bool touchArrives() {
-        const std::size_t before = client().touches().size();
+        const auto begun = [&] {
+            return std::ranges::count(client().touches(), WindowTouch::Kind::down,
+                                      &WindowTouch::kind);
+        };
+        const auto before = begun();
         touchWindow();
-        const bool arrived = client().waitUntil([&] { return client().touches().size() > before; },
-                                                Deadline(kTouchPatience));
+        const bool arrived =
+            client().waitUntil([&] { return begun() > before; }, Deadline(kTouchPatience));
         liftFromWindow();
         return arrived;
     }
