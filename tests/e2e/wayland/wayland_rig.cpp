@@ -136,15 +136,20 @@ std::string WaylandRig::complaints() const {
     return contents(session_->file("overlay")).value_or("");
 }
 
+void WaylandRig::waitUntilOverlayIs(char state) {
+    const std::string file = "/proc/" + std::to_string(overlay_->pid()) + "/stat";
+    const std::string wanted{')', ' ', state, ' '};
+    const rig::Deadline deadline(kPatience);
+    while (contents(file).value_or("").find(wanted) == std::string::npos) {
+        ASSERT_FALSE(deadline.passed()) << "the overlay is never in state " << state;
+    }
+}
+
 // The kernel hands out whole events only. The terminal that stands in for it passes bytes on piece
 // by piece, so the overlay stands still until all have arrived.
 void WaylandRig::sync() {
-    const std::string state = "/proc/" + std::to_string(overlay_->pid()) + "/stat";
-    const rig::Deadline deadline(kPatience);
     overlay_->signal(SIGSTOP);
-    while (contents(state).value_or("").find(") T ") == std::string::npos) {
-        ASSERT_FALSE(deadline.passed()) << "the overlay cannot be stopped";
-    }
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayIs('T'));
     screen_->sync();
     overlay_->signal(SIGCONT);
 }

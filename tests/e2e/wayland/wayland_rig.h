@@ -41,6 +41,9 @@ class WaylandRig : public OverlayFiles {
     Bitmap capture(const std::string& output = "");
     Bitmap captureUntil(const std::function<bool(const Bitmap&)>& wanted, const char* what,
                         const std::string& output = "");
+    // Waits for a state of the overlay's process, as /proc names it: S when it has done what it
+    // had to do.
+    void waitUntilOverlayIs(char state);
     // Waits until the overlay has lost its process: its status.
     int endStatus();
     // What the overlay said on its standard error so far.
