@@ -148,7 +148,9 @@ Result<rig::Child> WaylandSession::start(const std::vector<std::string>& argumen
                                          int inherited) const {
     auto environment = this->environment();
     environment.emplace_back("LD_PRELOAD");
-    return rig::Child::start({asNobody(arguments), environment, {inherited}, -1});
+    rig::ChildOptions options{asNobody(arguments), environment, {}, -1};
+    if (inherited >= 0) options.inherited.push_back(inherited);
+    return rig::Child::start(options);
 }
 
 Result<std::string> WaylandSession::run(const std::vector<std::string>& arguments) const {

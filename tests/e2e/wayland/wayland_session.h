@@ -42,9 +42,9 @@ class WaylandSession {
     // Runs a program of the session's user to its end and returns its output; an error when it
     // fails.
     [[nodiscard]] Result<std::string> run(const std::vector<std::string>& arguments) const;
-    // Starts one that goes on, which gets this descriptor under the same number.
+    // Starts one that goes on, which gets this descriptor under the same number; -1: none.
     [[nodiscard]] Result<rig::Child> start(const std::vector<std::string>& arguments,
-                                           int inherited) const;
+                                           int inherited = -1) const;
     [[nodiscard]] rig::Child& compositor() { return *compositor_; }
     // Address of the message bus.
     [[nodiscard]] std::string busAddress() const;
