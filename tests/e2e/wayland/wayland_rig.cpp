@@ -171,6 +171,29 @@ void WaylandRig::lift(int slot) {
     sync();
 }
 
+void WaylandRig::moveToAndFro() {
+    there_ = !there_;
+    moveTo(there_ ? 0.26 : 0.25, 0.5);
+}
+
+void WaylandRig::moveUntilShown(bool shown, const std::function<bool()>& shows) {
+    const rig::Deadline deadline(kPatience);
+    while (shows() != shown) {
+        ASSERT_FALSE(deadline.passed())
+            << (shown ? "no marker is shown\n" : "the marker stays\n") << complaints();
+        moveToAndFro();
+    }
+}
+
+void WaylandRig::expectHidden(const std::function<bool()>& shows) {
+    // A marker would be there within the first of these.
+    constexpr int kPictures = 20;
+    for (int i = 0; i < kPictures; ++i) {
+        moveToAndFro();
+        ASSERT_FALSE(shows()) << "a marker is shown";
+    }
+}
+
 Bitmap WaylandRig::capture(const std::string& output) {
     const std::string path = session_->file("picture");
     std::vector<std::string> command{"grim", "-t", "ppm"};

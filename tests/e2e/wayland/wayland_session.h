@@ -36,6 +36,8 @@ class WaylandSession {
     [[nodiscard]] std::vector<std::string> environment() const;
     [[nodiscard]] std::string socket() const { return file(display_); }
     [[nodiscard]] std::string file(const std::string& name) const;
+    // Waits until the file is there; false: the deadline passed.
+    [[nodiscard]] bool waitForFile(const std::string& name, const rig::Deadline& deadline) const;
     // Waits until the file has contents; empty: the deadline passed.
     [[nodiscard]] std::string waitForContents(const std::string& name,
                                               const rig::Deadline& deadline) const;
@@ -52,6 +54,8 @@ class WaylandSession {
   private:
     WaylandSession() = default;
     [[nodiscard]] std::string expand(std::string text) const;
+    // Of what the session's user runs.
+    [[nodiscard]] std::vector<std::string> userEnvironment() const;
 
     struct Remove {
         void operator()(std::string* path) const;

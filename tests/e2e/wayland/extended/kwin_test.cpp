@@ -6,52 +6,15 @@
 #include <cmath>
 #include <filesystem>
 
-#include "tests/e2e/wayland/extended/bus_client.h"
-#include "tests/e2e/wayland/wayland_rig.h"
+#include "tests/e2e/wayland/extended/kwin_rig.h"
 
 namespace skavlo {
 namespace {
 
 using rig::Deadline;
-using testing::SizeIs;
 
-class KWin : public WaylandRig {
+class KWinTouches : public KWin {
   protected:
-    // 1280 x 800 points on an output with as many pixels as that takes.
-    void startKWin(const std::string& scale) {
-        // A copy, because the installed one has a capability that not everybody can be given.
-        const std::string run =
-            "cp \"$(command -v kwin_wayland)\" @/ && exec @/kwin_wayland --virtual --width 1280 "
-            "--height 800 --scale " +
-            scale + " --socket wayland-kwin --no-lockscreen --no-global-shortcuts";
-        startDemandingSession(
-            "kwin_wayland",
-            {.command = {"sh", "-c", run},
-             .environment = {"KWIN_COMPOSE=O2", "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1",
-                             "KWIN_WAYLAND_NO_PERMISSION_CHECKS=1"},
-             .bus = true});
-        if (IsSkipped()) return;
-        ASSERT_NO_FATAL_FAILURE(startClient());
-        ASSERT_NO_FATAL_FAILURE(plugTouchscreen());
-        auto bus = BusClient::connect(session());
-        ASSERT_TRUE(bus) << bus.error().message;
-        bus_ = std::move(*bus);
-    }
-    void untilPicture(const std::function<bool(const Bitmap&)>& wanted, const char* what) {
-        const Deadline deadline(kPatience);
-        while (true) {
-            client().roundTrip();
-            auto picture = captureKWin(*bus_, "Virtual-0");
-            ASSERT_TRUE(picture) << picture.error().message;
-            if (wanted(*picture)) return;
-            ASSERT_FALSE(deadline.passed())
-                << "never seen: " << what << "; the last picture had " << picture->size.width
-                << " x " << picture->size.height << " pixels, the marker at "
-                << centreOfMarker(*picture).x << "," << centreOfMarker(*picture).y << ", "
-                << widthOfMarker(*picture) << " wide";
-        }
-    }
-
     // Every byte into touchNow_ is a touch of the place.
     void startInjector(PixelPoint place) {
         // A copy, for the session's user may not see where this was built.
@@ -71,7 +34,6 @@ class KWin : public WaylandRig {
         client().roundTrip();  // KWin knows that the client wants them
     }
 
-    std::optional<BusClient> bus_;
     rig::FileDescriptor touchNow_;
     std::optional<rig::Child> injector_;
 };
@@ -90,7 +52,7 @@ TEST_F(KWin, AtAFractionalScaleTheMarkerIsSharpAndUnderTheFinger) {
     ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone, again"));
 }
 
-TEST_F(KWin, TouchesReachTheWindowBelowTheMarkers) {
+TEST_F(KWinTouches, TouchesReachTheWindowBelowTheMarkers) {
     writeSettings(kWithoutTrail);
     ASSERT_NO_FATAL_FAILURE(startKWin("1"));
     if (IsSkipped()) return;
