@@ -145,6 +145,21 @@ void WaylandRig::waitUntilOverlayIs(char state) {
     }
 }
 
+void WaylandRig::waitUntilOverlayHeard(WaylandClient& other) {
+    // A compositor writes to one client after the other, so behind the second answer all of them
+    // have what came before the first.
+    other.roundTrip();
+    other.roundTrip();
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayIs('S'));
+}
+
+void WaylandRig::waitUntilOverlayHeardOf(std::size_t outputs, WaylandClient& other) {
+    ASSERT_TRUE(
+        other.waitUntil([&] { return other.outputs() == outputs; }, rig::Deadline(kPatience)))
+        << "there are " << other.outputs() << " outputs instead of " << outputs;
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeard(other));
+}
+
 // The kernel hands out whole events only. The terminal that stands in for it passes bytes on piece
 // by piece, so the overlay stands still until all have arrived.
 void WaylandRig::sync() {

@@ -50,6 +50,11 @@ class WaylandRig : public OverlayFiles {
     // Waits for a state of the overlay's process, as /proc names it: S when it has done what it
     // had to do.
     void waitUntilOverlayIs(char state);
+    // Until the overlay has heard of all that has happened so far in the compositor, of which
+    // `other` is another client.
+    void waitUntilOverlayHeard(WaylandClient& other);
+    // First, until there are so many outputs.
+    void waitUntilOverlayHeardOf(std::size_t outputs, WaylandClient& other);
     // Waits until the overlay has lost its process: its status.
     int endStatus();
     // What the overlay said on its standard error so far.

@@ -73,5 +73,54 @@ TEST_F(KWinTouches, TouchesReachTheWindowBelowTheMarkers) {
     EXPECT_EQ(client().touches().front(), (Point{320, 400}));
 }
 
+class KWinOutputs : public KWin {
+  protected:
+    // Returns when the overlay has heard of it.
+    void enable(const std::string& output, bool on) {
+        // A copy, for the session's user may not see where this was built.
+        const std::string program = session().file("kwin_output");
+        std::filesystem::copy_file(SKAVLO_KWIN_OUTPUT, program,
+                                   std::filesystem::copy_options::skip_existing);
+        const std::size_t before = client().outputs();
+        const auto done = session().run({program, output, on ? "1" : "0"});
+        ASSERT_TRUE(done) << done.error().message;
+        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeardOf(on ? before + 1 : before - 1, client()));
+    }
+    void expectMarker(const std::string& output) {
+        touchAt(0.25, 0.5);
+        ASSERT_NO_FATAL_FAILURE(untilPicture(markerAt({320, 400}, kMarkerWidth),
+                                             "the marker under the finger", output));
+        lift();
+        ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone", output));
+    }
+};
+
+TEST_F(KWinOutputs, TheOverlayLeavesTheTouchscreensOutputAndComesBackToIt) {
+    writeSettings(kWithoutTrail);
+    ASSERT_NO_FATAL_FAILURE(startKWin("1", 2, {"WL_OUTPUT=Virtual-1"}));
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", false));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-0"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", true));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
+}
+
+TEST_F(KWinOutputs, AFingerThatIsDownLeavesNothingBehind) {
+    writeSettings(kWithoutTrail);
+    ASSERT_NO_FATAL_FAILURE(startKWin("1", 2, {"WL_OUTPUT=Virtual-1"}));
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    touchAt(0.25, 0.5);
+    ASSERT_NO_FATAL_FAILURE(untilPicture(markerAt({320, 400}, kMarkerWidth),
+                                         "the marker under the finger", "Virtual-1"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", false));
+    lift();
+    ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", true));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
+}
+
 }  // namespace
 }  // namespace skavlo

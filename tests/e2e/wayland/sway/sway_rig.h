@@ -40,14 +40,6 @@ class Sway : public WaylandRig {
         ASSERT_NO_FATAL_FAILURE(command(text));
         ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeard(**other));
     }
-    // Of all that has happened so far in the compositor, of which `other` is another client.
-    void waitUntilOverlayHeard(WaylandClient& other) {
-        // The compositor writes to one client after the other, so behind the second answer all of
-        // them have what came before the first.
-        other.roundTrip();
-        other.roundTrip();
-        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayIs('S'));
-    }
     void expectMarker(double x, double y, Point place, int width, const std::string& output = "") {
         touchAt(x, y);
         captureUntil(markerAt(place, width), "the marker under the finger", output);

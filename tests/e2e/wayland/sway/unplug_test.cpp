@@ -6,8 +6,6 @@
 namespace skavlo {
 namespace {
 
-using rig::Deadline;
-
 // Outputs without hardware cannot be taken away, nor switched off. These are windows of another
 // sway: WL-1, WL-2 and so on, a name being given once, and gone when their window is closed.
 class SwayUnplug : public Sway {
@@ -37,25 +35,17 @@ class SwayUnplug : public Sway {
     void plug() {
         const std::size_t before = watcher_->outputs();
         ASSERT_NO_FATAL_FAILURE(command("create_output"));
-        ASSERT_NO_FATAL_FAILURE(waitForOutputs(before + 1));
+        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeardOf(before + 1, *watcher_));
     }
     void unplug(const std::string& output) {
         const std::size_t before = watcher_->outputs();
         const auto done = outer_->run({"swaymsg", "-s", outer_->file("control"),
                                        "[title=\"wlroots - " + output + "\"] kill"});
         ASSERT_TRUE(done) << done.error().message;
-        ASSERT_NO_FATAL_FAILURE(waitForOutputs(before - 1));
+        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeardOf(before - 1, *watcher_));
     }
 
   private:
-    void waitForOutputs(std::size_t count) {
-        ASSERT_TRUE(
-            watcher_->waitUntil([&] { return watcher_->outputs() == count; }, Deadline(kPatience)))
-            << "there are " << watcher_->outputs() << " outputs instead of " << count;
-        if (!overlay_) return;
-        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeard(*watcher_));
-    }
-
     std::optional<WaylandSession> outer_;
     std::unique_ptr<WaylandClient> watcher_;
 };
@@ -77,8 +67,8 @@ TEST_F(SwayUnplug, TheOverlayComesAndGoesWithTheTouchscreensOutput) {
 TEST_F(SwayUnplug, AFingerThatIsDownLeavesNothingBehind) {
     ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
     if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(plug());
     ASSERT_NO_FATAL_FAILURE(startOverlay());
+    ASSERT_NO_FATAL_FAILURE(plug());
     touchAt(0.25, 0.5);
     captureUntil(markerAt(kOnSecond, kMarkerWidth), "the marker under the finger", "WL-2");
     ASSERT_NO_FATAL_FAILURE(unplug("WL-2"));
@@ -93,8 +83,8 @@ TEST_F(SwayUnplug, AFingerThatIsDownLeavesNothingBehind) {
 TEST_F(SwayUnplug, AFingerThatRestsLeavesNothingBehind) {
     ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
     if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(plug());
     ASSERT_NO_FATAL_FAILURE(startOverlay());
+    ASSERT_NO_FATAL_FAILURE(plug());
     touchAt(0.25, 0.5);
     captureUntil(markerAt(kOnSecond, kMarkerWidth), "the marker under the finger", "WL-2");
     ASSERT_NO_FATAL_FAILURE(unplug("WL-2"));
