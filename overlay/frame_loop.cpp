@@ -26,7 +26,9 @@ void FrameLoop::setNeedsDisplay() {
 }
 
 void FrameLoop::displayIfNeeded() {
-    if (!needsDisplay_ || !window_ || !window_->readyForFrame()) return;
+    if (!needsDisplay_ || !window_) return;
+    // No refresh comes while there is no output, however long and whatever is touched.
+    if (!window_->readyForFrame()) return scene_->expire(presentationTime());
     const Frame frame = window_->beginFrame();
     if (!frame.pixels) return;
     needsDisplay_ = false;

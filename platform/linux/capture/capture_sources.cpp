@@ -30,7 +30,6 @@ void addCaptureSources(CaptureMonitor& monitor, AsioRunLoop& runLoop,
     XGrabOptions grabs;
     grabs.connect = std::move(options.connectX);
     grabs.screenSize = [layout = std::move(options.layout)] { return mainScreenSize(layout()); };
-    grabs.own = std::move(options.ownConnections);
     addOpened(monitor, XGrabSource::open(runLoop, std::move(grabs)));
     if (auto socket = pipeWireSocket())
         monitor.add(std::make_unique<PipeWireSource>(runLoop, std::move(*socket)));

@@ -3,8 +3,6 @@
 #include <xcb/xcb.h>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "platform/linux/capture/capture_monitor.h"
 #include "platform/linux/loop/asio_run_loop.h"
@@ -15,8 +13,6 @@ namespace skavlo {
 struct CaptureSourceOptions {
     std::function<xcb_connection_t*()> connectX;
     OutputLayoutProvider layout;
-    // Connections whose own reads of the screen do not count.
-    std::vector<const xcb_connection_t*> ownConnections = {};
 };
 
 // Adds every source that this machine and this process's rights allow, mirrored outputs excepted:

@@ -5,9 +5,9 @@
 #include <xcb/xcbext.h>
 #include <xcb/xproto.h>
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace skavlo {
 
@@ -164,10 +164,7 @@ void XGrabSource::handleRequest(const xcb_record_enable_context_reply_t& record,
 // A client that reads back what it has itself drawn aside does not look at the screen.
 bool XGrabSource::isOwn(std::uint32_t client, const std::uint8_t* request, bool swapped) const {
     const std::uint32_t mask = xcb_get_setup(control_.get())->resource_id_mask;
-    if ((read32(request + kDrawableAt, swapped) & ~mask) == client) return true;
-    return std::any_of(options_.own.begin(), options_.own.end(), [client](const auto* own) {
-        return xcb_get_setup(const_cast<xcb_connection_t*>(own))->resource_id_base == client;
-    });
+    return (read32(request + kDrawableAt, swapped) & ~mask) == client;
 }
 
 void XGrabSource::hold() {

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <vector>
 
 #include "platform/linux/capture/capture_source.h"
 #include "platform/linux/capture/grab_rate.h"
@@ -22,8 +21,6 @@ struct XGrabOptions {
     // A fresh connection to the X server, in error when there is none.
     std::function<xcb_connection_t*()> connect;
     std::function<PixelSize()> screenSize;
-    // Connections of this process, whose own reads do not count.
-    std::vector<const xcb_connection_t*> own = {};
 };
 
 // Programs that read the screen's pixels from the X server, again and again: the server's RECORD

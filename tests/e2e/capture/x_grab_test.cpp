@@ -26,13 +26,12 @@ class XGrabs : public LoopFixture {
         ASSERT_TRUE(connected) << connected.error().message;
         display.emplace(std::move(*connected));
     }
-    Result<std::unique_ptr<XGrabSource>> tryToOpen(std::vector<const xcb_connection_t*> own = {}) {
+    Result<std::unique_ptr<XGrabSource>> tryToOpen() {
         return XGrabSource::open(loop, {.connect = [] { return xcb_connect(nullptr, nullptr); },
-                                        .screenSize = [] { return kScreen; },
-                                        .own = std::move(own)});
+                                        .screenSize = [] { return kScreen; }});
     }
-    void open(std::vector<const xcb_connection_t*> own = {}) {
-        auto opened = tryToOpen(std::move(own));
+    void open() {
+        auto opened = tryToOpen();
         ASSERT_TRUE(opened) << opened.error().message;
         source = std::move(*opened);
         source->setChangeHandler([this] { ++changes; });
@@ -133,13 +132,6 @@ TEST_F(XGrabs, WhatAClientHasDrawnAsideItMayReadBack) {
     xcb_create_pixmap(display->get(), display->screen().root_depth, pixmap, display->root(),
                       kScreen.width, kScreen.height);
     for (int i = 0; i < 10; ++i) grab(*display, pixmap, kScreen);
-    expectNothingSoFar();
-}
-
-TEST_F(XGrabs, OurOwnConnectionsDoNotCount) {
-    ASSERT_NO_FATAL_FAILURE(startServer());
-    ASSERT_NO_FATAL_FAILURE(open({display->get()}));
-    grab(10);
     expectNothingSoFar();
 }
 

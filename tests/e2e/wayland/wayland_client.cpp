@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -18,6 +19,7 @@ struct WaylandClient::State {
     wl_display* display = nullptr;
     wl_registry* registry = nullptr;
     std::map<std::string, std::pair<std::uint32_t, std::uint32_t>> globals;  // number, version
+    std::set<std::uint32_t> outputs;                                         // numbers
     wl_compositor* compositor = nullptr;
     wl_shm* shm = nullptr;
     wl_seat* seat = nullptr;
@@ -161,6 +163,9 @@ Result<std::unique_ptr<WaylandClient>> WaylandClient::connect(const std::string&
                std::uint32_t version) {
                 auto& self = *static_cast<State*>(data);
                 self.globals[interface] = {name, version};
+                if (interface == std::string_view(wl_output_interface.name)) {
+                    self.outputs.insert(name);
+                }
                 // Some compositors have a seat only once there is a device.
                 if (!self.seat && interface == std::string_view(wl_seat_interface.name)) {
                     constexpr std::uint32_t kSeatVersion = 4;
@@ -168,7 +173,10 @@ Result<std::unique_ptr<WaylandClient>> WaylandClient::connect(const std::string&
                     self.listenSeat();
                 }
             },
-        .global_remove = [](void*, wl_registry*, std::uint32_t) {}};
+        .global_remove =
+            [](void* data, wl_registry*, std::uint32_t name) {
+                static_cast<State*>(data)->outputs.erase(name);
+            }};
     state->registry = wl_display_get_registry(state->display);
     wl_registry_add_listener(state->registry, &kListener, state.get());
     wl_display_roundtrip(state->display);
@@ -196,6 +204,10 @@ WaylandClient::~WaylandClient() {
 
 bool WaylandClient::offers(const std::string& interface) const {
     return state_->globals.contains(interface);
+}
+
+std::size_t WaylandClient::outputs() const {
+    return state_->outputs.size();
 }
 
 PixelSize WaylandClient::windowSize() const {

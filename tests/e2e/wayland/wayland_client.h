@@ -24,6 +24,8 @@ class WaylandClient {
     WaylandClient& operator=(const WaylandClient&) = delete;
 
     [[nodiscard]] bool offers(const std::string& interface) const;
+    // How many there are.
+    [[nodiscard]] std::size_t outputs() const;
 
     // Returns once the compositor has taken the window's first picture. `colour`: 0xffRRGGBB.
     bool showFullScreen(std::uint32_t colour, const rig::Deadline& deadline);

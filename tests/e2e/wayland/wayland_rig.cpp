@@ -138,15 +138,35 @@ std::string WaylandRig::complaints() const {
     return contents(session_->file("overlay")).value_or("");
 }
 
+void WaylandRig::waitUntilOverlayIs(char state) {
+    const std::string file = "/proc/" + std::to_string(overlay_->pid()) + "/stat";
+    const std::string wanted{')', ' ', state, ' '};
+    const rig::Deadline deadline(kPatience);
+    while (contents(file).value_or("").find(wanted) == std::string::npos) {
+        ASSERT_FALSE(deadline.passed()) << "the overlay is never in state " << state;
+    }
+}
+
+void WaylandRig::waitUntilOverlayHeard(WaylandClient& other) {
+    // A compositor writes to one client after the other, so behind the second answer all of them
+    // have what came before the first.
+    other.roundTrip();
+    other.roundTrip();
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayIs('S'));
+}
+
+void WaylandRig::waitUntilOverlayHeardOf(std::size_t outputs, WaylandClient& other) {
+    ASSERT_TRUE(
+        other.waitUntil([&] { return other.outputs() == outputs; }, rig::Deadline(kPatience)))
+        << "there are " << other.outputs() << " outputs instead of " << outputs;
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeard(other));
+}
+
 // The kernel hands out whole events only. The terminal that stands in for it passes bytes on piece
 // by piece, so the overlay stands still until all have arrived.
 void WaylandRig::sync() {
-    const std::string state = "/proc/" + std::to_string(overlay_->pid()) + "/stat";
-    const rig::Deadline deadline(kPatience);
     overlay_->signal(SIGSTOP);
-    while (contents(state).value_or("").find(") T ") == std::string::npos) {
-        ASSERT_FALSE(deadline.passed()) << "the overlay cannot be stopped";
-    }
+    ASSERT_NO_FATAL_FAILURE(waitUntilOverlayIs('T'));
     screen_->sync();
     overlay_->signal(SIGCONT);
 }
@@ -166,6 +186,29 @@ void WaylandRig::moveTo(double x, double y, int slot) {
 void WaylandRig::lift(int slot) {
     screen_->up(slot);
     sync();
+}
+
+void WaylandRig::moveToAndFro() {
+    there_ = !there_;
+    moveTo(there_ ? 0.26 : 0.25, 0.5);
+}
+
+void WaylandRig::moveUntilShown(bool shown, const std::function<bool()>& shows) {
+    const rig::Deadline deadline(kPatience);
+    while (shows() != shown) {
+        ASSERT_FALSE(deadline.passed())
+            << (shown ? "no marker is shown\n" : "the marker stays\n") << complaints();
+        moveToAndFro();
+    }
+}
+
+void WaylandRig::expectHidden(const std::function<bool()>& shows) {
+    // A marker would be there within the first of these.
+    constexpr int kPictures = 20;
+    for (int i = 0; i < kPictures; ++i) {
+        moveToAndFro();
+        ASSERT_FALSE(shows()) << "a marker is shown";
+    }
 }
 
 Bitmap WaylandRig::capture(const std::string& output) {

@@ -37,10 +37,24 @@ class WaylandRig : public OverlayFiles {
     void moveTo(double x, double y, int slot = 0);
     void lift(int slot = 0);
 
+    // A finger that is down reports only while it moves, so these move one to and fro between two
+    // places so near to each other, (0.25, 0.5) and (0.26, 0.5), that their markers overlap.
+    // `shows`: whether a marker can be seen now.
+    void moveUntilShown(bool shown, const std::function<bool()>& shows);
+    void expectHidden(const std::function<bool()>& shows);
+
     // One output as grim sees it; empty: the first.
     Bitmap capture(const std::string& output = "");
     Bitmap captureUntil(const std::function<bool(const Bitmap&)>& wanted, const char* what,
                         const std::string& output = "");
+    // Waits for a state of the overlay's process, as /proc names it: S when it has done what it
+    // had to do.
+    void waitUntilOverlayIs(char state);
+    // Until the overlay has heard of all that has happened so far in the compositor, of which
+    // `other` is another client.
+    void waitUntilOverlayHeard(WaylandClient& other);
+    // First, until there are so many outputs.
+    void waitUntilOverlayHeardOf(std::size_t outputs, WaylandClient& other);
     // Waits until the overlay has lost its process: its status.
     int endStatus();
     // What the overlay said on its standard error so far.
@@ -63,6 +77,7 @@ class WaylandRig : public OverlayFiles {
 
   private:
     void sync();
+    void moveToAndFro();
 
   protected:
     std::optional<WaylandSession> session_;
@@ -70,6 +85,9 @@ class WaylandRig : public OverlayFiles {
     std::unique_ptr<test::MockBed> bed_;
     std::unique_ptr<test::MockDevice> screen_;
     std::optional<rig::Child> overlay_;
+
+  private:
+    bool there_ = false;
 };
 
 // Markers without a trail.

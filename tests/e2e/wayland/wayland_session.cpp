@@ -139,7 +139,7 @@ Result<WaylandSession> WaylandSession::start(const WaylandSessionOptions& option
     session.compositor_ = std::move(*compositor);
     const int ended = session.compositor_->endDescriptor();
     const rig::Deadline deadline(kStartTime);
-    session.display_ = waitForFile(pattern, isDisplay, ended, deadline);
+    session.display_ = skavlo::waitForFile(pattern, isDisplay, ended, deadline);
     if (session.display_.empty() || !waitUntilAccepts(session.socket(), ended, deadline)) {
         return Error{options.command.front() + " did not start:\n" + contents(session.file("log"))};
     }
@@ -151,14 +151,27 @@ std::vector<std::string> WaylandSession::environment() const {
             "XAUTHORITY"};
 }
 
+std::vector<std::string> WaylandSession::userEnvironment() const {
+    auto environment = this->environment();
+    environment.insert(environment.end(), {"LD_PRELOAD", "UMOCKDEV_DIR", "HOME=" + *directory_});
+    if (bus_) environment.push_back(bus_->environment());
+    return environment;
+}
+
 std::string WaylandSession::busAddress() const {
     constexpr std::string_view kName = "DBUS_SESSION_BUS_ADDRESS=";
     return bus_ ? bus_->environment().substr(kName.size()) : std::string();
 }
 
+bool WaylandSession::waitForFile(const std::string& name, const rig::Deadline& deadline) const {
+    return !skavlo::waitForFile(
+                *directory_, [&](const std::string& found) { return found == name; }, -1, deadline)
+                .empty();
+}
+
 std::string WaylandSession::waitForContents(const std::string& name,
                                             const rig::Deadline& deadline) const {
-    waitForFile(
+    skavlo::waitForFile(
         *directory_,
         [&](const std::string& found) { return found == name && !contents(file(name)).empty(); },
         -1, deadline);
@@ -167,19 +180,16 @@ std::string WaylandSession::waitForContents(const std::string& name,
 
 Result<rig::Child> WaylandSession::start(const std::vector<std::string>& arguments,
                                          int inherited) const {
-    auto environment = this->environment();
-    environment.emplace_back("LD_PRELOAD");
-    return rig::Child::start({asNobody(arguments), environment, {inherited}, -1});
+    rig::ChildOptions options{asNobody(arguments), userEnvironment(), {}, -1};
+    if (inherited >= 0) options.inherited.push_back(inherited);
+    return rig::Child::start(options);
 }
 
 Result<std::string> WaylandSession::run(const std::vector<std::string>& arguments) const {
     const std::string path = file("output");
-    auto environment = this->environment();
-    environment.emplace_back("LD_PRELOAD");
-    if (bus_) environment.push_back(bus_->environment());
     const rig::FileDescriptor output(
         open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    auto child = rig::Child::start({asNobody(arguments), environment, {}, output.get()});
+    auto child = rig::Child::start({asNobody(arguments), userEnvironment(), {}, output.get()});
     if (!child) return child.error();
     const auto status = child->wait(rig::Deadline(kStartTime));
     if (status != 0) return Error{arguments.front() + " failed: " + contents(path)};

@@ -36,15 +36,17 @@ class WaylandSession {
     [[nodiscard]] std::vector<std::string> environment() const;
     [[nodiscard]] std::string socket() const { return file(display_); }
     [[nodiscard]] std::string file(const std::string& name) const;
+    // Waits until the file is there; false: the deadline passed.
+    [[nodiscard]] bool waitForFile(const std::string& name, const rig::Deadline& deadline) const;
     // Waits until the file has contents; empty: the deadline passed.
     [[nodiscard]] std::string waitForContents(const std::string& name,
                                               const rig::Deadline& deadline) const;
     // Runs a program of the session's user to its end and returns its output; an error when it
     // fails.
     [[nodiscard]] Result<std::string> run(const std::vector<std::string>& arguments) const;
-    // Starts one that goes on, which gets this descriptor under the same number.
+    // Starts one that goes on, which gets this descriptor under the same number; -1: none.
     [[nodiscard]] Result<rig::Child> start(const std::vector<std::string>& arguments,
-                                           int inherited) const;
+                                           int inherited = -1) const;
     [[nodiscard]] rig::Child& compositor() { return *compositor_; }
     // Address of the message bus.
     [[nodiscard]] std::string busAddress() const;
@@ -52,6 +54,8 @@ class WaylandSession {
   private:
     WaylandSession() = default;
     [[nodiscard]] std::string expand(std::string text) const;
+    // Of what the session's user runs.
+    [[nodiscard]] std::vector<std::string> userEnvironment() const;
 
     struct Remove {
         void operator()(std::string* path) const;

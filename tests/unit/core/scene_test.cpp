@@ -219,6 +219,19 @@ TEST_F(Frames, ManyTouchesWhileTheServerStillReadsMakeOneFrame) {
     EXPECT_EQ(windowServer.frames(), before + 1);
 }
 
+TEST_F(Frames, TouchesThatNothingShowsAreForgottenOnceTheyWouldHaveFaded) {
+    writeSettings({{"colorTracking", true}});
+    launch();
+    windowServer.holdFrames(true);  // as without any output
+    for (int i = 0; i < 100; ++i) {
+        for (const double y : {100, 200, 300}) deliver(parent(1, {child(1, 1, 100, y)}));
+        deliver(parent(0, {child(1, 0)}));
+        advance(1);
+    }
+    EXPECT_LE(scene().generations().size(), 1U);
+    EXPECT_LE(copies(), 3U);
+}
+
 TEST_F(Frames, WithNothingMovingAndNothingTouchingNoFrameIsAsked) {
     launch();
     deliver(parent(1, {child(1, 1)}));

@@ -6,52 +6,15 @@
 #include <cmath>
 #include <filesystem>
 
-#include "tests/e2e/wayland/extended/bus_client.h"
-#include "tests/e2e/wayland/wayland_rig.h"
+#include "tests/e2e/wayland/extended/kwin_rig.h"
 
 namespace skavlo {
 namespace {
 
 using rig::Deadline;
-using testing::SizeIs;
 
-class KWin : public WaylandRig {
+class KWinTouches : public KWin {
   protected:
-    // 1280 x 800 points on an output with as many pixels as that takes.
-    void startKWin(const std::string& scale) {
-        // A copy, because the installed one has a capability that not everybody can be given.
-        const std::string run =
-            "cp \"$(command -v kwin_wayland)\" @/ && exec @/kwin_wayland --virtual --width 1280 "
-            "--height 800 --scale " +
-            scale + " --socket wayland-kwin --no-lockscreen --no-global-shortcuts";
-        startDemandingSession(
-            "kwin_wayland",
-            {.command = {"sh", "-c", run},
-             .environment = {"KWIN_COMPOSE=O2", "KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1",
-                             "KWIN_WAYLAND_NO_PERMISSION_CHECKS=1"},
-             .bus = true});
-        if (IsSkipped()) return;
-        ASSERT_NO_FATAL_FAILURE(startClient());
-        ASSERT_NO_FATAL_FAILURE(plugTouchscreen());
-        auto bus = BusClient::connect(session());
-        ASSERT_TRUE(bus) << bus.error().message;
-        bus_ = std::move(*bus);
-    }
-    void untilPicture(const std::function<bool(const Bitmap&)>& wanted, const char* what) {
-        const Deadline deadline(kPatience);
-        while (true) {
-            client().roundTrip();
-            auto picture = captureKWin(*bus_, "Virtual-0");
-            ASSERT_TRUE(picture) << picture.error().message;
-            if (wanted(*picture)) return;
-            ASSERT_FALSE(deadline.passed())
-                << "never seen: " << what << "; the last picture had " << picture->size.width
-                << " x " << picture->size.height << " pixels, the marker at "
-                << centreOfMarker(*picture).x << "," << centreOfMarker(*picture).y << ", "
-                << widthOfMarker(*picture) << " wide";
-        }
-    }
-
     // Every byte into touchNow_ is a touch of the place.
     void startInjector(PixelPoint place) {
         // A copy, for the session's user may not see where this was built.
@@ -71,7 +34,6 @@ class KWin : public WaylandRig {
         client().roundTrip();  // KWin knows that the client wants them
     }
 
-    std::optional<BusClient> bus_;
     rig::FileDescriptor touchNow_;
     std::optional<rig::Child> injector_;
 };
@@ -90,7 +52,7 @@ TEST_F(KWin, AtAFractionalScaleTheMarkerIsSharpAndUnderTheFinger) {
     ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone, again"));
 }
 
-TEST_F(KWin, TouchesReachTheWindowBelowTheMarkers) {
+TEST_F(KWinTouches, TouchesReachTheWindowBelowTheMarkers) {
     writeSettings(kWithoutTrail);
     ASSERT_NO_FATAL_FAILURE(startKWin("1"));
     if (IsSkipped()) return;
@@ -110,6 +72,55 @@ TEST_F(KWin, TouchesReachTheWindowBelowTheMarkers) {
         moveTo(0.25, i % 2 == 0 ? 0.51 : 0.5);
     }
     EXPECT_EQ(client().touches().front().place, (Point{320, 400}));
+}
+
+class KWinOutputs : public KWin {
+  protected:
+    // Returns when the overlay has heard of it.
+    void enable(const std::string& output, bool on) {
+        // A copy, for the session's user may not see where this was built.
+        const std::string program = session().file("kwin_output");
+        std::filesystem::copy_file(SKAVLO_KWIN_OUTPUT, program,
+                                   std::filesystem::copy_options::skip_existing);
+        const std::size_t before = client().outputs();
+        const auto done = session().run({program, output, on ? "1" : "0"});
+        ASSERT_TRUE(done) << done.error().message;
+        ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeardOf(on ? before + 1 : before - 1, client()));
+    }
+    void expectMarker(const std::string& output) {
+        touchAt(0.25, 0.5);
+        ASSERT_NO_FATAL_FAILURE(untilPicture(markerAt({320, 400}, kMarkerWidth),
+                                             "the marker under the finger", output));
+        lift();
+        ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone", output));
+    }
+};
+
+TEST_F(KWinOutputs, TheOverlayLeavesTheTouchscreensOutputAndComesBackToIt) {
+    writeSettings(kWithoutTrail);
+    ASSERT_NO_FATAL_FAILURE(startKWin("1", 2, {"WL_OUTPUT=Virtual-1"}));
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", false));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-0"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", true));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
+}
+
+TEST_F(KWinOutputs, AFingerThatIsDownLeavesNothingBehind) {
+    writeSettings(kWithoutTrail);
+    ASSERT_NO_FATAL_FAILURE(startKWin("1", 2, {"WL_OUTPUT=Virtual-1"}));
+    if (IsSkipped()) return;
+    ASSERT_NO_FATAL_FAILURE(startOverlay());
+    touchAt(0.25, 0.5);
+    ASSERT_NO_FATAL_FAILURE(untilPicture(markerAt({320, 400}, kMarkerWidth),
+                                         "the marker under the finger", "Virtual-1"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", false));
+    lift();
+    ASSERT_NO_FATAL_FAILURE(untilPicture(isClean, "the background alone"));
+    ASSERT_NO_FATAL_FAILURE(enable("Virtual-1", true));
+    ASSERT_NO_FATAL_FAILURE(expectMarker("Virtual-1"));
 }
 
 }  // namespace

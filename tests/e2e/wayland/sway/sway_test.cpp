@@ -1,51 +1,17 @@
-// The overlay on sway: its pixels, its place above everything, its outputs, its end.
+// The overlay on sway: its pixels, its place above everything, its end.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 
 #include <array>
 #include <filesystem>
 
-#include "tests/e2e/wayland/wayland_rig.h"
+#include "tests/e2e/wayland/sway/sway_rig.h"
 
 namespace skavlo {
 namespace {
 
 using rig::Deadline;
 using testing::HasSubstr;
-using testing::SizeIs;
-
-constexpr PixelSize kScreen{1280, 720};
-
-class Sway : public WaylandRig {
-  protected:
-    void startSway(const std::string& configuration = "") {
-        startSession({.command = {"sway", "-c", "@/config"},
-                      .environment = {"WLR_BACKENDS=headless", "WLR_LIBINPUT_NO_DEVICES=1",
-                                      "WLR_RENDERER=pixman", "SWAYSOCK=@/control"},
-                      .files = {{"config", "output HEADLESS-1 mode 1280x720\n" + configuration}}});
-    }
-    // All that most tests need.
-    void startAll(const std::string& configuration = "",
-                  const PropertyDictionary& settings = kWithoutTrail) {
-        writeSettings(settings);
-        ASSERT_NO_FATAL_FAILURE(startSway(configuration));
-        if (IsSkipped()) return;
-        ASSERT_NO_FATAL_FAILURE(startClient());
-        ASSERT_NO_FATAL_FAILURE(plugTouchscreen());
-        ASSERT_NO_FATAL_FAILURE(startOverlay());
-        captureUntil(isClean, "the background alone, at the start");
-    }
-    void command(const std::string& text) {
-        const auto done = session().run({"swaymsg", "-s", session().file("control"), text});
-        ASSERT_TRUE(done) << done.error().message;
-    }
-    void expectMarker(double x, double y, Point place, int width, const std::string& output = "") {
-        touchAt(x, y);
-        captureUntil(markerAt(place, width), "the marker under the finger", output);
-        lift();
-        captureUntil(isClean, "the background alone", output);
-    }
-};
 
 TEST_F(Sway, ATouchShowsABlendedMarkerUnderTheFingerAndALiftTakesItAway) {
     ASSERT_NO_FATAL_FAILURE(startAll());
@@ -126,7 +92,7 @@ TEST_P(SwayScale, TheMarkerGrowsWithIt) {
     const int width = static_cast<int>(std::lround(kMarkerWidth * factor));
     ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, {320, 360}, width));
     // And back, while it runs.
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-1 scale 1"));
+    ASSERT_NO_FATAL_FAILURE(change("output HEADLESS-1 scale 1"));
     ASSERT_NO_FATAL_FAILURE(expectMarker(0.75, 0.5, {960, 360}, kMarkerWidth));
 }
 
@@ -134,60 +100,6 @@ INSTANTIATE_TEST_SUITE_P(Of, SwayScale,
                          testing::Values(ScaleCase{"Two", "2", 2},
                                          ScaleCase{"FiveQuarters", "1.25", 1.25}),
                          [](const auto& suite) { return std::string(suite.param.name); });
-
-TEST_F(Sway, FollowsModeAndRotation) {
-    ASSERT_NO_FATAL_FAILURE(startAll());
-    if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-1 mode --custom 800x600"));
-    captureUntil(
-        [](const Bitmap& p) {
-            return p.size == PixelSize{800, 600} && isClean(p);
-        },
-        "the smaller screen");
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, {200, 300}, kMarkerWidth));
-    // Clockwise: the panel's left edge shows the picture's bottom.
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-1 transform 90"));
-    captureUntil(
-        [](const Bitmap& p) {
-            return p.size == PixelSize{600, 800} && isClean(p);
-        },
-        "the turned screen");
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.2, {120, 600}, kMarkerWidth));
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-1 transform 180"));
-    captureUntil(
-        [](const Bitmap& p) {
-            return p.size == PixelSize{800, 600} && isClean(p);
-        },
-        "the screen upside down");
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.2, {600, 480}, kMarkerWidth));
-}
-
-TEST_F(Sway, MovesToTheTouchscreensOutputWhenThatIsPluggedIn) {
-    writeSettings(kWithoutTrail);
-    ASSERT_NO_FATAL_FAILURE(startSway());
-    if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(plugTouchscreen({"WL_OUTPUT=HEADLESS-2"}));
-    ASSERT_NO_FATAL_FAILURE(startOverlay());
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, {320, 360}, kMarkerWidth, "HEADLESS-1"));
-    ASSERT_NO_FATAL_FAILURE(command("create_output"));
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-2 mode --custom 1000x500"));
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, {250, 250}, kMarkerWidth, "HEADLESS-2"));
-    EXPECT_TRUE(isClean(capture("HEADLESS-1")));
-}
-
-TEST_F(Sway, LiesOnTheOutputThatTheTouchscreenIsMappedTo) {
-    writeSettings(kWithoutTrail);
-    ASSERT_NO_FATAL_FAILURE(startSway());
-    if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(command("create_output"));
-    ASSERT_NO_FATAL_FAILURE(command("output HEADLESS-2 mode --custom 1000x500 position 1280 0"));
-    ASSERT_NO_FATAL_FAILURE(command("focus output HEADLESS-2"));
-    ASSERT_NO_FATAL_FAILURE(startClient());
-    ASSERT_EQ(client().windowSize(), (PixelSize{1000, 500}));
-    ASSERT_NO_FATAL_FAILURE(plugTouchscreen({"WL_OUTPUT=HEADLESS-2"}));
-    ASSERT_NO_FATAL_FAILURE(startOverlay());
-    ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, {250, 250}, kMarkerWidth, "HEADLESS-2"));
-}
 
 TEST_F(Sway, TheCompositorsEndEndsItAndRemovesItsFile) {
     ASSERT_NO_FATAL_FAILURE(startAll());
