@@ -22,6 +22,9 @@ constexpr std::size_t kDrawableAt = 4;
 constexpr std::size_t kWidthAt = 12;
 constexpr std::size_t kHeightAt = 14;
 constexpr std::size_t kGetImageBytes = 20;
+// A program that watches one pixel reads thousands of times a second: that must cost no touch its
+// time.
+constexpr double kRestSeconds = 0.05;
 
 std::uint16_t read16(const std::uint8_t* at, bool swapped) {
     std::uint16_t value = 0;
@@ -105,13 +108,21 @@ Result<bool> XGrabSource::enable() {
         xcb_record_enable_context_reply(data_.get(), enabled, nullptr));
     if (!begun) return Error{"the X server refuses to record"};
     sequence_ = enabled.sequence;
-    watch_ = std::make_unique<DescriptorWatch>(
-        runLoop_.context(), xcb_get_file_descriptor(data_.get()), [this] { read(); });
+    listen();
     // Records that came along with the first reply wake nobody.
     runLoop_.async([this, alive = std::weak_ptr(alive_)] {
-        if (!alive.expired() && watch_) read();
+        if (!alive.expired()) read();
     });
     return true;
+}
+
+void XGrabSource::listen() {
+    watch_ = std::make_unique<DescriptorWatch>(
+        runLoop_.context(), xcb_get_file_descriptor(data_.get()), [this] {
+            watch_.reset();
+            restTimer_ = runLoop_.scheduledTimer(kRestSeconds, false, [this] { listen(); });
+            read();
+        });
 }
 
 void XGrabSource::read() {
@@ -133,6 +144,7 @@ void XGrabSource::read() {
 
 void XGrabSource::lost() {
     watch_.reset();
+    restTimer_.reset();
     timer_.reset();
     setCaptures(false);
 }

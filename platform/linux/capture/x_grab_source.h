@@ -44,6 +44,8 @@ class XGrabSource final : public CaptureSource {
     // context and keeps it alive.
     XGrabSource(AsioRunLoop& runLoop, XGrabOptions options, Connection control, Connection data);
     Result<bool> enable();
+    // Reads what has come, and again after a rest.
+    void listen();
     void read();
     void lost();
     void handle(const xcb_record_enable_context_reply_t& record);
@@ -62,6 +64,7 @@ class XGrabSource final : public CaptureSource {
     GrabRate rate_;
     std::chrono::steady_clock::time_point heldUntil_;
     std::unique_ptr<Timer> timer_;
+    std::unique_ptr<Timer> restTimer_;
     std::unique_ptr<DescriptorWatch> watch_;
     std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
