@@ -20,19 +20,28 @@ struct TimerState : std::enable_shared_from_this<TimerState> {
           repeats(repeat),
           action(std::move(act)) {}
 
+    // What was waited for before counts no more, even if it is due and waits for its turn, where
+    // cancelling no longer reaches it.
+    void cancel() {
+        ++waits;
+        timer.cancel();
+    }
+
     void wait(std::chrono::steady_clock::time_point due) {
         timer.expires_at(due);
-        timer.async_wait([self = shared_from_this(), due](const asio::error_code& error) {
-            if (error || !self->valid) return;
-            if (self->repeats) self->wait(due + self->interval);
-            self->action();
-        });
+        timer.async_wait(
+            [self = shared_from_this(), due, mine = ++waits](const asio::error_code& error) {
+                if (error || mine != self->waits) return;
+                if (self->repeats) self->wait(due + self->interval);
+                self->action();
+            });
     }
 
     asio::steady_timer timer;
     std::chrono::steady_clock::duration interval;
     bool repeats;
     bool valid = true;
+    unsigned waits = 0;
     std::function<void()> action;
 };
 
@@ -47,13 +56,13 @@ class AsioTimer final : public Timer {
 
     void setFireDate(FireDate date) override {
         if (!state_->valid) return;
-        state_->timer.cancel();
+        state_->cancel();
         if (date == FireDate::now) state_->wait(std::chrono::steady_clock::now());
     }
 
     void invalidate() override {
         state_->valid = false;
-        state_->timer.cancel();
+        state_->cancel();
     }
 
   private:

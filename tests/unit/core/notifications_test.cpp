@@ -162,6 +162,28 @@ TEST_F(SocketNotificationsTest, ARefusedRegistrationIsSilent) {
     EXPECT_EQ(notifications.notify_register_dispatch("name", [] {}), nullptr);
 }
 
+// Two timers are due at once, and the first one parks the other, which is past cancelling by then.
+TEST(AsioTimers, OneThatIsParkedWhileItIsDueStaysParked) {
+    AsioRunLoop loop;
+    std::unique_ptr<Timer> parked;
+    int fired = 0;
+    const auto first =
+        loop.scheduledTimer(0.001, false, [&] { parked->setFireDate(FireDate::distantFuture); });
+    parked = loop.scheduledTimer(0.0011, true, [&] { ++fired; });
+    const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(3);
+    while (std::chrono::steady_clock::now() < due) {
+    }
+    const auto end = loop.scheduledTimer(0.01, false, [&] { loop.stop(0); });
+    loop.run();
+    EXPECT_EQ(fired, 0);
+    parked->setFireDate(FireDate::now);
+    loop.context().restart();
+    const auto after = loop.scheduledTimer(20, false, [&] { loop.stop(1); });
+    while (fired == 0 && loop.context().run_one() > 0) {
+    }
+    EXPECT_EQ(fired, 1);
+}
+
 class PosixFilesTest : public testing::Test {
   protected:
     TemporaryDirectory temporary;
@@ -192,6 +214,16 @@ TEST_F(PosixFilesTest, WhatIsNoRegularFileIsNotReadAndNotWaitedFor) {
     EXPECT_FALSE(files.read(path));
     EXPECT_FALSE(files.read(temporary.file("")));
     EXPECT_FALSE(files.read("/dev/zero"));
+}
+
+TEST_F(PosixFilesTest, OnlyWhatCanBeReadHasASize) {
+    EXPECT_FALSE(files.sizeOf(path));
+    files.writeAtomically(path, std::string(3 << 20, 'x'));
+    EXPECT_EQ(files.sizeOf(path), 3U << 20);
+    EXPECT_FALSE(files.sizeOf(temporary.file("")));
+    if (geteuid() == 0) GTEST_SKIP() << "root may read everything";
+    fs::permissions(path, fs::perms::none);
+    EXPECT_FALSE(files.sizeOf(path));
 }
 
 TEST_F(PosixFilesTest, TheVersionChangesWithTheContents) {
