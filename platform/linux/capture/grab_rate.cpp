@@ -10,10 +10,14 @@ std::int64_t area(PixelSize size) {
 
 }  // namespace
 
+bool GrabRate::isLarge(PixelSize grabbed, PixelSize screen) {
+    constexpr int kHundredths = 100;
+    return area(grabbed) * kHundredths >= area(screen) * kLeastShareOfScreen;
+}
+
 bool GrabRate::grabbed(std::uint32_t client, std::uint32_t time, PixelSize grabbed,
                        PixelSize screen) {
-    constexpr int kHundredths = 100;
-    if (area(grabbed) * kHundredths < area(screen) * kLeastShareOfScreen) return false;
+    if (!isLarge(grabbed, screen)) return false;
     forget(time);
     std::deque<std::uint32_t>& times = grabs_[client];
     times.push_back(time);

@@ -15,6 +15,9 @@ class GrabRate {
     static constexpr std::uint32_t kWithinMilliseconds = 1000;
     static constexpr int kLeastShareOfScreen = 10;  // in hundredths, of each grab
 
+    // Whether a read is large enough to count.
+    static bool isLarge(PixelSize grabbed, PixelSize screen);
+
     // A read of this many pixels by one client, at the server's time in milliseconds, which wraps
     // around. True when it continues a recording.
     bool grabbed(std::uint32_t client, std::uint32_t time, PixelSize grabbed, PixelSize screen);

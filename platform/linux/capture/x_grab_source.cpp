@@ -118,11 +118,16 @@ Result<bool> XGrabSource::enable() {
 
 void XGrabSource::listen() {
     watch_ = std::make_unique<DescriptorWatch>(
-        runLoop_.context(), xcb_get_file_descriptor(data_.get()), [this] {
-            watch_.reset();
-            restTimer_ = runLoop_.scheduledTimer(kRestSeconds, false, [this] { listen(); });
-            read();
-        });
+        runLoop_.context(), xcb_get_file_descriptor(data_.get()), [this] { look(); });
+}
+
+// What comes during the rest waits in the socket.
+void XGrabSource::look() {
+    largeSeen_ = false;
+    read();
+    if (!watch_ || largeSeen_) return;
+    watch_.reset();
+    restTimer_ = runLoop_.scheduledTimer(kRestSeconds, false, [this] { listen(); });
 }
 
 void XGrabSource::read() {
@@ -170,7 +175,9 @@ void XGrabSource::handleRequest(const xcb_record_enable_context_reply_t& record,
     const bool swapped = record.client_swapped != 0;
     if (isOwn(record.xid_base, request, swapped)) return;
     const PixelSize size{read16(request + kWidthAt, swapped), read16(request + kHeightAt, swapped)};
-    if (rate_.grabbed(record.xid_base, time, size, options_.screenSize())) hold();
+    const PixelSize screen = options_.screenSize();
+    if (GrabRate::isLarge(size, screen)) largeSeen_ = true;
+    if (rate_.grabbed(record.xid_base, time, size, screen)) hold();
 }
 
 // A client that reads back what it has itself drawn aside does not look at the screen.

@@ -44,8 +44,9 @@ class XGrabSource final : public CaptureSource {
     // context and keeps it alive.
     XGrabSource(AsioRunLoop& runLoop, XGrabOptions options, Connection control, Connection data);
     Result<bool> enable();
-    // Reads what has come, and again after a rest.
     void listen();
+    // Reads what has come, and rests when it was of no importance.
+    void look();
     void read();
     void lost();
     void handle(const xcb_record_enable_context_reply_t& record);
@@ -62,6 +63,7 @@ class XGrabSource final : public CaptureSource {
     unsigned sequence_ = 0;  // of the request whose replies are the records
     std::uint8_t shmOpcode_ = 0;
     GrabRate rate_;
+    bool largeSeen_ = false;
     std::chrono::steady_clock::time_point heldUntil_;
     std::unique_ptr<Timer> timer_;
     std::unique_ptr<Timer> restTimer_;
