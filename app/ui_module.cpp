@@ -1,9 +1,11 @@
 // The settings application's module: puts the Linux platform and Qt under the settings screen.
 #include <unistd.h>
 
+#include <QFile>
 #include <QFileInfo>
 #include <QFont>
 #include <QGuiApplication>
+#include <QImage>
 #include <climits>
 #include <cstdio>
 #include <exception>
@@ -79,7 +81,18 @@ struct Platform {
     ApplicationNotifications application;
 };
 
-ScreenDesktop desktopFor(const SettingsWindow* const& window, const std::string& executablePath) {
+// Small enough for a thumbnail on any screen, of whatever size the image is.
+void decodeImage(ImageShrinker& shrinker, const QString& path, std::function<void(QImage)> answer) {
+    constexpr std::uint64_t kLimitBytes = 256 * 1024;
+    shrinker.shrinkToPng(
+        QFile::encodeName(path).toStdString(), {1, 0.5, 0.25, 0.1, 0.05}, kLimitBytes,
+        [answer = std::move(answer)](const std::string& png) {
+            answer(QImage::fromData(QByteArrayView(png.data(), std::ssize(png)), "PNG"));
+        });
+}
+
+ScreenDesktop desktopFor(const SettingsWindow* const& window, ImageShrinker& shrinker,
+                         const std::string& executablePath) {
     const auto parent = [&window] { return window ? portalName(*window) : QString(); };
     return {.pickImage =
                 [parent](const QString& title, const QString& filterName,
@@ -87,6 +100,10 @@ ScreenDesktop desktopFor(const SettingsWindow* const& window, const std::string&
                     ImageFileRequest::start(parent(), title, filterName, std::move(answer));
                 },
             .openLink = [parent](const QString& address) { openLink(parent(), address); },
+            .decodeImage =
+                [&shrinker](const QString& path, std::function<void(QImage)> answer) {
+                    decodeImage(shrinker, path, std::move(answer));
+                },
             .iconPath =
                 QString::fromStdString(beside(executablePath, "resources/AppIcon60x60@3x.png"))};
 }
@@ -100,7 +117,7 @@ void prepareQt(const char* platform) {
     }
     QGuiApplication::setApplicationName(QStringLiteral("skavlo"));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Skavlo"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("skavlo"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.oxbrel.skavlo"));
 }
 
 int runScreen(QGuiApplication& application) {
@@ -112,7 +129,7 @@ int runScreen(QGuiApplication& application) {
     Platform platform(executablePath);
     SettingsSystem system = platform.system(executablePath);
     const SettingsWindow* shown = nullptr;
-    SettingsScreen screen(desktopFor(shown, executablePath));
+    SettingsScreen screen(desktopFor(shown, platform.imageShrinker, executablePath));
     // Its end waits for what is still to be saved.
     SettingsViewController controller(system, screen);
     screen.setController(&controller);

@@ -178,8 +178,9 @@ Item {
             width: 30
             height: 30
             cornerRadius: 6
+            screen: row.screen
             path: row.cell.thumbnail
-            tintColor: Theme.systemGray
+            tintColor: "transparent"
         }
     }
 

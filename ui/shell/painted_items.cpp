@@ -3,6 +3,7 @@
 #include <QImageReader>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <algorithm>
 
 #include "ui/shell/signs.h"
@@ -13,6 +14,8 @@ namespace {
 constexpr double kSignSide = 24;
 // Large enough for a crisp thumbnail or icon on any screen.
 constexpr int kLongestImageSide = 720;
+// What is larger is left to the decoder's process, which does not keep the screen waiting.
+constexpr int kMostPixels = 4'000'000;
 
 void paintSignIn(QPainter& painter, Glyph::Sign sign, const QColor& color, const QSizeF& size) {
     const double side = std::min(size.width(), size.height());
@@ -41,6 +44,9 @@ QImage readImage(const QString& path) {
     reader.setDecideFormatFromContent(true);  // a JPEG may be called .png
     reader.setAutoTransform(true);
     const QSize size = reader.size();
+    // Of the formats that Qt knows, JPEG alone is scaled while it is read.
+    const bool scales = reader.supportsOption(QImageIOHandler::ScaledSize);
+    if (!scales && size.width() > kMostPixels / std::max(size.height(), 1)) return {};
     if (std::max(size.width(), size.height()) > kLongestImageSide) {
         reader.setScaledSize(
             size.scaled(kLongestImageSide, kLongestImageSide, Qt::KeepAspectRatio));
@@ -66,8 +72,24 @@ RoundedImage::RoundedImage(QQuickItem* parent) : QQuickPaintedItem(parent) {
 
 void RoundedImage::setPath(const QString& path) {
     path_ = path;
-    image_ = readImage(path);
+    if (isComponentComplete()) load();
+}
+
+// Only now are all properties set.
+void RoundedImage::componentComplete() {
+    QQuickPaintedItem::componentComplete();
+    load();
+}
+
+void RoundedImage::load() {
+    image_ = readImage(path_);
     emit changed();
+    if (isLoaded() || path_.isEmpty() || !screen_) return;
+    screen_->decodeImage(path_, [self = QPointer(this), path = path_](QImage image) {
+        if (!self || self->path_ != path) return;
+        self->image_ = std::move(image);
+        emit self->changed();
+    });
 }
 
 QRectF RoundedImage::imageRect() const {

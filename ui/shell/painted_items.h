@@ -5,6 +5,8 @@
 #include <QImage>
 #include <QQuickPaintedItem>
 
+#include "ui/shell/settings_screen.h"
+
 namespace skavlo {
 
 // Small signs in one colour, which fill the item's shorter side.
@@ -30,7 +32,8 @@ class Glyph : public QQuickPaintedItem {
     QColor color_ = Qt::black;
 };
 
-// An image file with round corners, or the application's sign when it cannot be loaded.
+// An image file with round corners, or the application's sign when it cannot be loaded. With a
+// screen, files of kinds that Qt does not know come a moment later.
 class RoundedImage : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -40,6 +43,7 @@ class RoundedImage : public QQuickPaintedItem {
     Q_PROPERTY(bool aspectFill MEMBER aspectFill_ NOTIFY changed)
     Q_PROPERTY(QColor tintColor MEMBER tintColor_ NOTIFY changed)
     Q_PROPERTY(bool loaded READ isLoaded NOTIFY changed)
+    Q_PROPERTY(SettingsScreen* screen MEMBER screen_ NOTIFY changed)
 
   public:
     explicit RoundedImage(QQuickItem* parent = nullptr);
@@ -48,12 +52,17 @@ class RoundedImage : public QQuickPaintedItem {
     [[nodiscard]] bool isLoaded() const { return !image_.isNull(); }
     void paint(QPainter* painter) override;
 
+  protected:
+    void componentComplete() override;
+
   signals:
     void changed();
 
   private:
     [[nodiscard]] QRectF imageRect() const;
+    void load();
 
+    SettingsScreen* screen_ = nullptr;
     QString path_;
     double cornerRadius_ = 0;
     bool aspectFill_ = true;

@@ -124,6 +124,10 @@ void SettingsScreen::openFileList() {
     emit sheetChanged();
 }
 
+void SettingsScreen::decodeImage(const QString& path, std::function<void(QImage)> answer) {
+    if (desktop_.decodeImage) desktop_.decodeImage(path, std::move(answer));
+}
+
 void SettingsScreen::picked(const QString& path) {
     controller_->documentPicker({QFile::encodeName(path).toStdString()});
 }

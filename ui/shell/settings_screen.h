@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtQml/qqmlregistration.h>
+#include <QImage>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -29,6 +30,9 @@ struct ScreenDesktop {
                        std::function<void(std::optional<QString> path)> answer)>
         pickImage;
     std::function<void(const QString& address)> openLink;
+    // Decodes an image file of a kind that Qt does not know; a null image when nobody knows it. May
+    // be empty: nobody does.
+    std::function<void(const QString& path, std::function<void(QImage image)> answer)> decodeImage;
     QString iconPath;  // of the application's icon; the file may be missing
 };
 
@@ -61,6 +65,8 @@ class SettingsScreen : public QObject, public SettingsView {
 
   public:
     explicit SettingsScreen(ScreenDesktop desktop);
+    // As that of the desktop; the answer may never come.
+    void decodeImage(const QString& path, std::function<void(QImage image)> answer);
     // Outlives every call from QML.
     void setController(SettingsViewController* controller) { controller_ = controller; }
 

@@ -120,6 +120,50 @@ TEST_F(ScreenLook, ImagesHaveRoundCorners) {
     EXPECT_TRUE(find("headerIcon")->property("loaded").toBool());
 }
 
+class ScreenThumbnail : public ScreenFixture {
+  protected:
+    // Of an image of a kind that Qt does not know.
+    void openWithImage() {
+        files.files.writeAtomically(directory.customImageFile(), "image");
+        open({.mode = 1, .imagePath = directory.customImageFile()});
+        thumbnail = find("thumbnail");
+        ASSERT_TRUE(thumbnail);
+        reveal(thumbnail);
+        ASSERT_EQ(askedToDecode.size(), 1U);
+        EXPECT_EQ(askedToDecode[0].first.toStdString(), directory.customImageFile());
+    }
+    [[nodiscard]] QColor colourAt(int x, int y) const {
+        const QPointF corner = frameIn(thumbnail, window->contentItem()).topLeft();
+        return window->grabWindow().pixelColor((corner + QPointF(x, y)).toPoint());
+    }
+
+    QQuickItem* thumbnail = nullptr;
+};
+
+TEST_F(ScreenThumbnail, FillsItsSquareWithWhatTheDecoderMakesOfTheImage) {
+    openWithImage();
+    EXPECT_EQ(thumbnail->size(), QSizeF(30, 30));
+    EXPECT_EQ(thumbnail->property("cornerRadius"), 6);
+    QImage wide(300, 100, QImage::Format_RGB32);
+    wide.fill(Qt::blue);
+    for (int y = 0; y < 100; ++y) {
+        for (int x = 100; x < 200; ++x) wide.setPixelColor(x, y, Qt::red);
+    }
+    askedToDecode[0].second(wide);
+    settle();
+    EXPECT_EQ(colourAt(15, 15), QColor(Qt::red));
+    EXPECT_EQ(colourAt(2, 15), QColor(Qt::red));  // blue is cut off
+    EXPECT_EQ(colourAt(27, 15), QColor(Qt::red));
+    EXPECT_EQ(colourAt(0, 0), QColor(Qt::white));  // round corners
+}
+
+TEST_F(ScreenThumbnail, OfAnImageThatNobodyCanDecodeIsEmpty) {
+    openWithImage();
+    askedToDecode[0].second(QImage());
+    settle();
+    EXPECT_EQ(colourAt(15, 15), QColor(Qt::white));
+}
+
 TEST_F(ScreenLook, WithoutTheIconFileItsSignIsShown) {
     open({.iconPath = "/nowhere/AppIcon60x60@3x.png"});
     for (const char* name : {"headerIcon", "navIcon", "splashIcon"}) {
@@ -127,6 +171,10 @@ TEST_F(ScreenLook, WithoutTheIconFileItsSignIsShown) {
     }
     const QColor middle = window->grabWindow().pixelColor(38, 70);
     EXPECT_EQ(middle, QColor("#8E8E93"));
+    find("table")->setProperty("contentY", 200 - 44);  // the title comes
+    const QQuickItem* icon = find("navIcon");
+    const QImage scrolled = window->grabWindow();
+    EXPECT_EQ(scrolled.pixelColor(this->middle(icon)), QColor("#8E8E93"));
     EXPECT_EQ(find("splashIcon")->property("tintColor").value<QColor>(), QColor("#000000"));
 }
 
@@ -142,8 +190,11 @@ TEST_F(ScreenLook, TitleFadesWithTheScroll) {
     EXPECT_EQ(find("navTitleView")->opacity(), 0);
 }
 
-TEST_F(ScreenLook, SplashPlaysAndGoes) {
-    open({.splash = true});
+// With the icon and with the sign in its place.
+class ScreenSplash : public ScreenFixture, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ScreenSplash, PlaysAndGoes) {
+    open({.splash = true, .iconPath = GetParam()});
     EXPECT_TRUE(find("splash")->isVisible());
     EXPECT_EQ(find("splashIcon")->size(), QSizeF(90, 90));
     EXPECT_EQ(find("splashIcon")->property("cornerRadius"), 20);
@@ -160,6 +211,20 @@ TEST_F(ScreenLook, SplashPlaysAndGoes) {
     step(20);
     EXPECT_FALSE(find("splash")->isVisible());
     EXPECT_EQ(find("content")->opacity(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Icon, ScreenSplash, testing::Values(SKAVLO_ICON, "/nowhere/icon.png"));
+
+TEST_F(ScreenLook, TheSplashZoomsOutEvenIfItsSpringInWasInterrupted) {
+    open({.splash = true});
+    step(300);
+    step(700);  // as on a machine that had no time for frames meanwhile
+    const SplashFrame expected = splashFrame(screen->splash()->time());
+    EXPECT_GT(expected.iconScale, 1);
+    EXPECT_DOUBLE_EQ(find("splashIcon")->scale(), expected.iconScale);
+    EXPECT_NEAR(find("splash")->opacity(), expected.splashAlpha, 1e-6);
+    step(2000);
+    EXPECT_FALSE(find("splash")->isVisible());
 }
 
 }  // namespace

@@ -55,12 +55,23 @@ void ScreenFixture::open(const ScreenOptions& options) {
     PropertyDictionary initial = defaultSettings();
     initial["displayMode"] = options.mode;
     initial["isEnglish"] = options.english ? 1 : 0;
+    initial["imagePath"] = options.imagePath;
     initial["emojiShowBorder"] = options.emojiBorder;
     files.files.writeAtomically(directory.settingsFile(), lists.serialize(initial));
-    screen = std::make_unique<SettingsScreen>(
-        ScreenDesktop{.pickImage = {},
-                      .openLink = [this](const QString& link) { openedLinks.push_back(link); },
-                      .iconPath = options.iconPath});
+    ScreenDesktop desktop{.pickImage = {},
+                          .openLink = [this](const QString& link) { openedLinks.push_back(link); },
+                          .decodeImage =
+                              [this](const QString& path, std::function<void(QImage)> answer) {
+                                  askedToDecode.emplace_back(path, std::move(answer));
+                              },
+                          .iconPath = options.iconPath};
+    if (options.portal) {
+        desktop.pickImage = [this](const QString&, const QString&,
+                                   std::function<void(std::optional<QString>)> answer) {
+            askedForImage.push_back(std::move(answer));
+        };
+    }
+    screen = std::make_unique<SettingsScreen>(std::move(desktop));
     controller = std::make_unique<SettingsViewController>(system, *screen);
     screen->setController(controller.get());
     controller->viewDidLoad();

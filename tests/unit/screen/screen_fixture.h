@@ -48,6 +48,8 @@ struct ScreenOptions {
     bool emojiBorder = false;
     bool dark = false;
     bool splash = false;  // still playing
+    std::string imagePath = {};
+    bool portal = false;  // with one that asks for an image file
     QString iconPath = QStringLiteral(SKAVLO_ICON);
 };
 
@@ -76,6 +78,10 @@ class ScreenFixture : public testing::Test {
     [[nodiscard]] PropertyDictionary& settings() const { return controller->skv_settings; }
     [[nodiscard]] PropertyDictionary stored() const;
     [[nodiscard]] long count(const std::string& what) const;
+
+    // What the screen asked of the desktop, oldest first.
+    std::vector<std::function<void(std::optional<QString> path)>> askedForImage;
+    std::vector<std::pair<QString, std::function<void(QImage image)>>> askedToDecode;
 
     SettingsDirectory directory{"/library/"};
     mutable HeadlessRunLoop loop;
