@@ -302,6 +302,7 @@ TEST_F(Emoji, IsDrawnOnlyInItsMode) {
     reload({{"displayMode", 2}, {"emojiString", "🐶"}});
     ASSERT_EQ(rasterizer.requests.size(), 1U);
     EXPECT_EQ(rasterizer.requests[0].what, "🐶");
+    EXPECT_DOUBLE_EQ(rasterizer.requests[0].fontPixels, 0.8 * rasterizer.requests[0].box);
 }
 
 TEST_F(Emoji, IsNotDrawnAgainWhenOnlyItsDiscChanges) {

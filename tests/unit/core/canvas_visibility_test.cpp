@@ -142,6 +142,20 @@ TEST_F(Heartbeat, AReloadParksItWhileSuppressedAndFiresItAtOnceWhenVisible) {
     EXPECT_NE(g_skv_heartbeatView, nullptr);
 }
 
+TEST_F(Heartbeat, AChangeOfCaptureParksIt) {
+    writeSettings({{"onlyShowInRecord", true}});
+    launch();  // suppressed, the heartbeat running
+    captureState.setCaptured(true);
+    captureState.setCaptured(false);
+    loop.runPosted();
+    advance(60);
+    EXPECT_EQ(g_skv_heartbeatView, nullptr);
+    captureState.setCaptured(true);
+    loop.runPosted();
+    advance(0.001);
+    EXPECT_NE(g_skv_heartbeatView, nullptr);
+}
+
 TEST_F(Heartbeat, ThePixelStaysWhenTheOverlayIsSuppressed) {
     launch();
     advance(5.1);

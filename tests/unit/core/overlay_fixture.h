@@ -22,15 +22,16 @@ class HeldRasterizer final : public Rasterizer {
     struct Request {
         std::string what;  // path or text
         int box;
+        double fontPixels;  // of a text
         Completion completion;
     };
 
     void rasterizeImageFile(const std::string& path, int box, Completion completion) override {
-        requests.push_back({path, box, std::move(completion)});
+        requests.push_back({path, box, 0, std::move(completion)});
     }
-    void rasterizeText(const std::string& utf8, int box, double /*fontPixels*/,
+    void rasterizeText(const std::string& utf8, int box, double fontPixels,
                        Completion completion) override {
-        requests.push_back({utf8, box, std::move(completion)});
+        requests.push_back({utf8, box, fontPixels, std::move(completion)});
     }
     // Answers the oldest open request with a plain square, or with nothing.
     void answer(bool withPicture = true) {

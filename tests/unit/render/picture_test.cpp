@@ -97,7 +97,7 @@ TEST(Sheet, IsWrittenForLookingAt) {
     drawSprites(target, all, covered, trail(60, 450, 40));
     const Instance grown{160, 560, 1.9F, 1};
     drawSprites(target, all, star, {&grown, 1});
-    reference::writePng(sheet, "render_sheet.png");
+    reference::writePng(sheet, SKAVLO_RENDER_SHEET);
     const auto opaquePixels = std::count_if(sheet.pixels.begin(), sheet.pixels.end(),
                                             [](std::uint32_t p) { return p >> 24 == 255; });
     EXPECT_EQ(opaquePixels, std::ptrdiff_t(sheet.pixels.size()));  // over an opaque ground

@@ -32,6 +32,22 @@ TEST_F(ScreenSwitch, SpaceTapsIt) {
     EXPECT_FALSE(boolValue(lookUp(settings(), "colorTracking")));
 }
 
+TEST_F(ScreenSwitch, SetWithoutAnimationItIsThereAtOnce) {
+    open();
+    QQuickItem* itsSwitch = inRow(0, 0, "switch");
+    ASSERT_EQ(find("thumb", itsSwitch)->x(), 2);
+    controller->skv_enableSwitch->setOn(true, false);
+    EXPECT_EQ(find("thumb", itsSwitch)->x(), 22);
+    EXPECT_EQ(find("track", itsSwitch)->property("color").value<QColor>(), QColor("#34C759"));
+}
+
+TEST_F(ScreenSwitch, LoadingTwiceItHasOneSpinner) {
+    open();
+    controller->skv_enableSwitch->setLoading(true);
+    controller->skv_enableSwitch->setLoading(true);
+    EXPECT_EQ(findAll("spinner", inRow(0, 0, "switch")).size(), 1);
+}
+
 TEST_F(ScreenSwitch, WhileLoadingItSpinsAndTakesNoTaps) {
     open();
     QQuickItem* itsSwitch = inRow(0, 0, "switch");

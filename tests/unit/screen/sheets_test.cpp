@@ -38,6 +38,54 @@ TEST_F(ScreenAlert, StandsInTheMiddleWithItsTexts) {
     EXPECT_EQ(frameIn(restore, alert).x(), 135);
 }
 
+// Title, message and actions of each alert, in both languages, as the person sees them.
+class ScreenAlertTexts : public ScreenFixture, public testing::WithParamInterface<bool> {
+  protected:
+    void expectAlert(TextId title, TextId message, const std::vector<TextId>& actions) {
+        settle();
+        step(260);
+        EXPECT_EQ(shownIn("alertTitle"), text(title));
+        EXPECT_EQ(shownIn("alertMessage"), text(message));
+        for (std::size_t i = 0; i < actions.size(); ++i) {
+            EXPECT_EQ(shownIn("alertAction" + QString::number(i)), text(actions[i]));
+        }
+        EXPECT_FALSE(find("alertAction" + QString::number(actions.size())));
+        key(Qt::Key_Escape);
+        step(260);
+    }
+
+  private:
+    [[nodiscard]] QString shownIn(const QString& name) const {
+        const QQuickItem* item = find(name);
+        return item && item->isVisible() ? item->property("text").toString() : QString();
+    }
+    [[nodiscard]] static QString text(TextId id) {
+        const Text& both = textPair(id);
+        return QString::fromUtf8(GetParam() ? both.en : both.zh);
+    }
+};
+
+TEST_P(ScreenAlertTexts, AreThoseOfTheTable) {
+    QTemporaryDir home;
+    const std::string picture = home.filePath("picture.png").toStdString();
+    files.files.writeAtomically(picture, "picture");
+    open({.mode = 1, .english = GetParam(), .portal = true});
+    click(find("infoButton"));
+    expectAlert(TextId::appIntro, TextId::appIntroMessage, {TextId::ok});
+    screen->presentDocumentPicker();
+    askedForImage.at(0)(QString::fromStdString(picture));
+    expectAlert(TextId::success, TextId::imageLoaded, {TextId::ok});
+    QQuickItem* restore = row(2, screen->sections()[2]->currentRowCount() - 1);
+    reveal(restore);
+    click(restore);
+    expectAlert(TextId::restoreSettings, TextId::restoreQuestion,
+                {TextId::cancel, TextId::restore});
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, ScreenAlertTexts, testing::Bool(), [](const auto& suite) {
+    return std::string(suite.param ? "English" : "Chinese");
+});
+
 TEST_F(ScreenAlert, EscapeCancels) {
     openRestoreAlert();
     settings()["colorSize"] = 99.0;
@@ -221,6 +269,28 @@ class ScreenFileList : public ScreenFixture {
 
     QTemporaryDir home;
 };
+
+using ScreenPicker = ScreenFixture;
+
+TEST_F(ScreenPicker, CancellingChangesNothing) {
+    open({.portal = true});
+    screen->presentDocumentPicker();
+    screen->presentDocumentPicker();  // it is open already
+    ASSERT_EQ(askedForImage.size(), 1U);
+    askedForImage[0](QString());
+    EXPECT_FALSE(screen->fileList());
+    EXPECT_FALSE(screen->alert());
+    EXPECT_EQ(count(kWrite), 0);
+    screen->presentDocumentPicker();
+    EXPECT_EQ(askedForImage.size(), 2U);
+}
+
+TEST_F(ScreenPicker, WithoutAPortalThatAnswersTheOwnListOpens) {
+    open({.portal = true});
+    screen->presentDocumentPicker();
+    askedForImage.at(0)(std::nullopt);
+    EXPECT_TRUE(screen->fileList());
+}
 
 TEST_F(ScreenFileList, ShowsFoldersAndImagesOnly) {
     openList();

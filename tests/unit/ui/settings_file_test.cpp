@@ -144,8 +144,10 @@ TEST_F(SettingsFile, ForceHideIsWrittenBackAsFalse) {
 TEST_F(SettingsFile, AnUnknownKeySurvivesTheLoadAndEverySave) {
     load({{"somethingElse", "kept"}});
     EXPECT_EQ(stored().at("somethingElse"), PropertyValue("kept"));
+    store({});
     controller->skv_saveSettingsAndNotify();
     loop.runPosted();
+    EXPECT_EQ(stored().at("somethingElse"), PropertyValue("kept"));
     controller->skv_toggleLanguage();
     EXPECT_EQ(stored().at("somethingElse"), PropertyValue("kept"));
     EXPECT_EQ(stored().size(), 32U);
