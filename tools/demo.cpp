@@ -2,10 +2,13 @@
 // server with a touch screen, opens the real settings application there, switches the real overlay
 // on, plays recorded touches, changes a setting, and stores what the screen shows.
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -33,7 +36,7 @@ void printUsage(std::FILE* file) {
         "  --program FILE       the program to show (default: skavlo beside this program)\n"
         "  --recording FILE     the touches to play (default: two hands)\n"
         "  --output DIRECTORY   where the pictures go (default: demo beside this program)\n"
-        "  --display-reachable  only tell by the exit status whether DISPLAY can be used\n"
+        "  --display-reachable  only tell by the exit status whether there is a display to use\n"
         "  --help               print this text\n",
         file);
 }
@@ -95,6 +98,24 @@ int demonstrate(const Arguments& arguments) {
     return 0;
 }
 
+bool compositorAnswers() {
+    const char* name = std::getenv("WAYLAND_DISPLAY");
+    const char* directory = std::getenv("XDG_RUNTIME_DIR");
+    if (name == nullptr || *name == 0) return false;
+    const std::string path =
+        *name == '/' || directory == nullptr ? name : std::string(directory) + "/" + name;
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    if (path.size() >= sizeof address.sun_path) return false;
+    path.copy(address.sun_path, path.size());
+    const rig::FileDescriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+bool displayReachable() {
+    const char* display = std::getenv("DISPLAY");
+    return compositorAnswers() || (display != nullptr && rig::Display::connect(""));
+}
+
 int run(int count, char** values) {
     const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     Arguments arguments;
@@ -107,7 +128,7 @@ int run(int count, char** values) {
             return 0;
         }
         if (name == "--display-reachable") {
-            return rig::Display::connect("") ? 0 : 1;
+            return displayReachable() ? 0 : 1;
         }
         std::string* value = target(arguments, name);
         if (value == nullptr || i + 1 == count) {
