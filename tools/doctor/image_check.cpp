@@ -63,7 +63,12 @@ Findings checkImages(const Surroundings& surroundings) {
         {"PNG", kPng, Level::fail, loaders},
         {"JPEG", kJpeg, Level::warn, loaders},
         {"GIF", kGif, Level::warn, loaders},
-        {"WebP", kWebp, Level::warn, {"安装 webp-pixbuf-loader", "install webp-pixbuf-loader"}}};
+        {"BMP", kBmp, Level::warn, loaders},
+        {"TIFF", kTiff, Level::warn, loaders},
+        {"WebP", kWebp, Level::warn, {"安装 webp-pixbuf-loader", "install webp-pixbuf-loader"}},
+        {"SVG", kSvg, Level::warn, {"安装 librsvg2-common", "install librsvg2-common"}},
+        {"AVIF", kAvif, Level::warn, {"安装 libavif-gdk-pixbuf", "install libavif-gdk-pixbuf"}},
+        {"HEIC", kHeic, Level::warn, {"安装 heif-gdk-pixbuf", "install heif-gdk-pixbuf"}}};
     Findings findings;
     for (const Kind& kind : kinds)
         findings.push_back(judge(kind, canBeDrawn(program, kind.sample)));

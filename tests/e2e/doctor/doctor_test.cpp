@@ -69,6 +69,15 @@ TEST_F(Doctor, WithoutADisplayFails) {
     EXPECT_THAT(here.output, StartsWith("fail  display   no display server can be used → "));
 }
 
+// The tests' packages have a loader for each.
+TEST_F(Doctor, TriesEveryKindOfImage) {
+    const Visit here = visit({});
+    for (const char* kind : {"PNG", "JPEG", "GIF", "BMP", "TIFF", "WebP", "SVG", "AVIF", "HEIC"}) {
+        EXPECT_THAT(here.output,
+                    HasSubstr(std::string("\nok    images    ") + kind + " can be shown\n"));
+    }
+}
+
 TEST_F(Doctor, SpeaksChinese) {
     const Visit here = visit({}, {"LC_ALL=zh_CN.UTF-8"});
     EXPECT_EQ(here.status, 1);
