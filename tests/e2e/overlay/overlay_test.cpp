@@ -11,6 +11,7 @@
 
 #include "platform/linux/notify/socket_notifications.h"
 #include "tests/e2e/overlay/overlay_rig.h"
+#include "tools/rig/pointer.h"
 
 namespace skavlo {
 namespace {
@@ -155,22 +156,43 @@ TEST_F(Overlay, ItsWindowTakesNoInputAndNoFocusAndIsNotManaged) {
     EXPECT_NE(focus->focus, window);
 }
 
-TEST_F(Overlay, AClickReachesTheWindowBelow) {
+TEST_F(Overlay, AClickAndTheWheelReachTheWindowBelow) {
     ASSERT_NO_FATAL_FAILURE(start());
     const xcb_window_t below = makeWindow({200, 200, 300, 300}, true);
     ASSERT_TRUE(overlayComesToTheTop());
-    xcb_test_fake_input(display().get(), XCB_MOTION_NOTIFY, 0, 0, display().root(), 300, 300, 0);
-    xcb_test_fake_input(display().get(), XCB_BUTTON_PRESS, 1, 0, XCB_NONE, 0, 0, 0);
-    xcb_test_fake_input(display().get(), XCB_BUTTON_RELEASE, 1, 0, XCB_NONE, 0, 0, 0);
-    xcb_flush(display().get());
+    rig::Pointer pointer(display());
+    ASSERT_TRUE(pointer.moveTo({300, 300}));
     const Deadline deadline(kPatience);
-    bool pressed = false;
-    while (!pressed) {
-        const auto event = display().waitForEvent(deadline);
-        ASSERT_TRUE(event) << "no button press arrived";
-        pressed = (event->response_type & 0x7f) == XCB_BUTTON_PRESS &&
-                  reinterpret_cast<xcb_button_press_event_t&>(*event).event == below;
+    for (const std::uint8_t button : {std::uint8_t{1}, rig::kWheelUp, rig::kWheelDown}) {
+        ASSERT_TRUE(pointer.press(button) && pointer.release(button));
+        bool pressed = false;
+        while (!pressed) {
+            const auto event = display().waitForEvent(deadline);
+            ASSERT_TRUE(event) << "no press of button " << int{button} << " arrived";
+            const auto& press = reinterpret_cast<xcb_button_press_event_t&>(*event);
+            pressed = (event->response_type & 0x7f) == XCB_BUTTON_PRESS && press.event == below &&
+                      press.detail == button;
+        }
     }
+}
+
+// Whoever drags something asks the server which window it would be dropped on.
+TEST_F(Overlay, ADropFindsTheWindowBelowAMarker) {
+    ASSERT_NO_FATAL_FAILURE(start({{"colorTracking", false}}));
+    const xcb_window_t below = makeWindow({200, 200, 300, 300}, true);
+    ASSERT_TRUE(overlayComesToTheTop());
+    const auto windowAt = [&](std::int16_t x, std::int16_t y) {
+        const XcbPointer<xcb_translate_coordinates_reply_t> reply(xcb_translate_coordinates_reply(
+            display().get(),
+            xcb_translate_coordinates(display().get(), display().root(), display().root(), x, y),
+            nullptr));
+        return reply ? reply->child : XCB_NONE;
+    };
+    const std::uint32_t bare = at(capture(), 300, 300);
+    touch().begin(0, {300, 300});
+    captureUntil([&](const Bitmap& screen) { return at(screen, 300, 300) != bare; }, "a marker");
+    EXPECT_EQ(windowAt(300, 300), below);
+    touch().end(0);
 }
 
 TEST_F(Overlay, ATouchReachesTheWindowBelowAsAnEmulatedClick) {

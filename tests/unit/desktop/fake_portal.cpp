@@ -49,6 +49,12 @@ void FakeSettings::change(uint newScheme) {
                         QStringLiteral("color-scheme"), QDBusVariant(newScheme));
 }
 
+QDBusObjectPath FakeLinkOpener::OpenURI(const QString& /*parent*/, const QString& uri,
+                                        const QVariantMap& /*options*/) {
+    opened.append(uri);
+    return QDBusObjectPath(kObject + QStringLiteral("/request/link"));
+}
+
 FakePortal::FakePortal() {
     QDBusConnection bus =
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("portal"));

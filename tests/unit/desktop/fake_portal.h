@@ -56,6 +56,18 @@ class FakeSettings : public QDBusAbstractAdaptor {
     void SettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
 };
 
+class FakeLinkOpener : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.OpenURI")
+
+  public:
+    explicit FakeLinkOpener(QObject* parent) : QDBusAbstractAdaptor(parent) {}
+    QStringList opened;
+
+  public slots:
+    QDBusObjectPath OpenURI(const QString& parent, const QString& uri, const QVariantMap& options);
+};
+
 class FakePortal {
   public:
     FakePortal();
@@ -64,6 +76,7 @@ class FakePortal {
     QObject object;
     FakeChooser* chooser = new FakeChooser(&object);
     FakeSettings* settings = new FakeSettings(&object);
+    FakeLinkOpener* links = new FakeLinkOpener(&object);
 };
 
 }  // namespace skavlo

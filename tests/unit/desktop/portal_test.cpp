@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QDBusConnection>
+#include <QDesktopServices>
 #include <QtTest/QTest>
 #include <memory>
 #include <optional>
@@ -61,6 +62,36 @@ TEST_F(DesktopPortal, DesktopWithoutAPortalSaysSo) {
     EXPECT_EQ(answers, 1);
 }
 
+TEST_F(DesktopPortal, LinksAreOpenedByIt) {
+    const FakePortal portal;
+    openLink({}, "https://skavlo.example/a?b=c");
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return !portal.links->opened.isEmpty(); }, kDeadlineMilliseconds));
+    EXPECT_EQ(portal.links->opened, QStringList{"https://skavlo.example/a?b=c"});
+}
+
+// Stands for the programs that the desktop has for links.
+class LinkHandler : public QObject {
+    Q_OBJECT
+
+  public:
+    LinkHandler() { QDesktopServices::setUrlHandler("skavlo-test", this, "open"); }
+    ~LinkHandler() override { QDesktopServices::unsetUrlHandler("skavlo-test"); }
+    LinkHandler(const LinkHandler&) = delete;
+    LinkHandler& operator=(const LinkHandler&) = delete;
+    QList<QUrl> opened;
+
+  public slots:
+    void open(const QUrl& address) { opened.append(address); }
+};
+
+TEST_F(DesktopPortal, WithoutOneLinksAreOpenedByTheDesktopsPrograms) {
+    const LinkHandler desktop;
+    openLink({}, "skavlo-test://link");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop.opened.isEmpty(); }, kDeadlineMilliseconds));
+    EXPECT_EQ(desktop.opened, QList{QUrl("skavlo-test://link")});
+}
+
 TEST_F(DesktopPortal, ColourSchemeIsReadAndFollowed) {
     FakePortal portal;
     portal.settings->scheme = 1;
@@ -76,3 +107,5 @@ TEST_F(DesktopPortal, ColourSchemeIsReadAndFollowed) {
 
 }  // namespace
 }  // namespace skavlo
+
+#include "portal_test.moc"
