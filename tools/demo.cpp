@@ -2,9 +2,7 @@
 // server with a touch screen, opens the real settings application there, switches the real overlay
 // on, plays recorded touches, changes a setting, and stores what the screen shows.
 #include <sys/signalfd.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <csignal>
 #include <cstdio>
@@ -13,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/linux/posix/unix_socket.h"
 #include "tools/demo_session.h"
 
 namespace skavlo {
@@ -102,13 +101,8 @@ bool compositorAnswers() {
     const char* name = std::getenv("WAYLAND_DISPLAY");
     const char* directory = std::getenv("XDG_RUNTIME_DIR");
     if (name == nullptr || *name == 0) return false;
-    const std::string path =
-        *name == '/' || directory == nullptr ? name : std::string(directory) + "/" + name;
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    if (path.size() >= sizeof address.sun_path) return false;
-    path.copy(address.sun_path, path.size());
-    const rig::FileDescriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    if (*name == '/') return bool(connectToSocket(name));
+    return directory != nullptr && connectToSocket(std::string(directory) + "/" + name);
 }
 
 bool displayReachable() {

@@ -8,6 +8,7 @@
 #include "platform/linux/capture/process_events.h"
 #include "platform/linux/capture/x_grab_source.h"
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/posix/unix_socket.h"
 #include "tools/doctor/checks.h"
 
 namespace skavlo::doctor {

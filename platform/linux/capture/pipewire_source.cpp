@@ -1,11 +1,9 @@
 #include "platform/linux/capture/pipewire_source.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include <cstdlib>
-#include <cstring>
 #include <utility>
+
+#include "platform/linux/posix/unix_socket.h"
 
 namespace skavlo {
 
@@ -30,19 +28,6 @@ std::optional<std::string> pipeWireSocket() {
     if (directory.empty()) directory = environmentVariable("XDG_RUNTIME_DIR");
     if (directory.empty() || directory.front() != '/') return std::nullopt;
     return directory + "/" + name;
-}
-
-UniqueDescriptor connectToSocket(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) return {};
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    UniqueDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!socket ||
-        ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        return {};
-    }
-    return socket;
 }
 
 PipeWireSource::PipeWireSource(AsioRunLoop& runLoop, std::string socketPath)

@@ -39,7 +39,4 @@ class PipeWireSource final : public CaptureSource {
 // Where the environment says that the session's PipeWire is; none: it does not say.
 std::optional<std::string> pipeWireSocket();
 
-// A connection to the socket at this path; none: nobody listens there.
-UniqueDescriptor connectToSocket(const std::string& path);
-
 }  // namespace skavlo

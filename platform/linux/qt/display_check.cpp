@@ -1,8 +1,5 @@
 #include "platform/linux/qt/display_check.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <xcb/xcb.h>
 
 #include <QDir>
@@ -10,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+
+#include "platform/linux/posix/unix_socket.h"
 
 namespace skavlo {
 namespace {
@@ -27,19 +26,6 @@ bool isXServerReachable() {
     return reachable;
 }
 
-bool accepts(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) return false;
-    std::memcpy(address.sun_path, path.c_str(), path.size());
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) return false;
-    const bool accepted =
-        connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(descriptor);
-    return accepted;
-}
-
 bool hasWaylandPlugin() {
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platforms");
     return !plugins.entryList({QStringLiteral("libqwayland*.so")}, QDir::Files).isEmpty();
@@ -48,9 +34,9 @@ bool hasWaylandPlugin() {
 bool isWaylandReachable() {
     if (!isSet("WAYLAND_DISPLAY") || !hasWaylandPlugin()) return false;
     const std::string name = std::getenv("WAYLAND_DISPLAY");
-    if (name.front() == '/') return accepts(name);
+    if (name.front() == '/') return bool(connectToSocket(name));
     return isSet("XDG_RUNTIME_DIR") &&
-           accepts(std::string(std::getenv("XDG_RUNTIME_DIR")) + '/' + name);
+           connectToSocket(std::string(std::getenv("XDG_RUNTIME_DIR")) + '/' + name);
 }
 
 }  // namespace

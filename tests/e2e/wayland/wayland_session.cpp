@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/inotify.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +11,8 @@
 #include <fstream>
 #include <sstream>
 #include <string_view>
+
+#include "platform/linux/posix/unix_socket.h"
 
 namespace skavlo {
 
@@ -59,17 +59,10 @@ std::string waitForFile(const std::string& directory, Wanted wanted, int process
     }
 }
 
-bool accepts(const std::string& path) {
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const rig::FileDescriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    return connect(client.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-}
-
 // The socket's file is there a moment before the compositor listens.
 bool waitUntilAccepts(const std::string& path, int processEnd, const rig::Deadline& deadline) {
     constexpr std::chrono::milliseconds kLookAgain(5);
-    while (!accepts(path)) {
+    while (!connectToSocket(path)) {
         if (deadline.passed() || rig::waitReadable({processEnd}, rig::Deadline(kLookAgain))) {
             return false;
         }

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "platform/linux/capture/pipewire_source.h"
+#include "platform/linux/posix/unix_socket.h"
 
 namespace skavlo {
 
