@@ -38,12 +38,10 @@ struct Layout {
 
 }  // namespace
 
-Bands::Bands(const PixelRect& area, std::span<const Instance> instances, float radius) {
+Bands::Bands(const PixelRect& area, std::span<const Instance> instances, float radius)
+    : whole_{area, instances} {
     const Layout layout{area, rowsOfBand(area.width), radius};
-    if (instances.size() < kFew || layout.count() == 1) {
-        bands_.push_back({area, instances});
-        return;
-    }
+    if (instances.size() < kFew || layout.count() == 1) return;
     // A counting sort: first how many each band has, then where it begins.
     std::vector<std::size_t> places(std::size_t(layout.count()) + 1, 0);
     for (const Instance& instance : instances) {

@@ -20,9 +20,12 @@ class Bands {
     // the bands what they hand out.
     Bands(const PixelRect& area, std::span<const Instance> instances, float radius);
 
-    [[nodiscard]] std::span<const Band> all() const { return bands_; }
+    [[nodiscard]] std::span<const Band> all() const {
+        return bands_.empty() ? std::span(&whole_, 1) : std::span(bands_);
+    }
 
   private:
+    Band whole_;  // the only one, without any memory of its own, for few
     std::vector<Instance> sorted_;
     std::vector<Band> bands_;
 };
