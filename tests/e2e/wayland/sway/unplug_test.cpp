@@ -6,6 +6,9 @@
 namespace skavlo {
 namespace {
 
+constexpr Point kOnFirst{320, 360};
+constexpr Point kOnSecond{250, 250};
+
 // Outputs without hardware cannot be taken away, nor switched off. These are windows of another
 // sway: WL-1, WL-2 and so on, a name being given once, and gone when their window is closed.
 class SwayUnplug : public Sway {
@@ -45,13 +48,21 @@ class SwayUnplug : public Sway {
         ASSERT_NO_FATAL_FAILURE(waitUntilOverlayHeardOf(before - 1, *watcher_));
     }
 
+    // The touchscreen's output goes while one rests on it.
+    void unplugUnderAFinger() {
+        ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
+        if (IsSkipped()) return;
+        ASSERT_NO_FATAL_FAILURE(startOverlay());
+        ASSERT_NO_FATAL_FAILURE(plug());
+        touchAt(0.25, 0.5);
+        captureUntil(markerAt(kOnSecond, kMarkerWidth), "the marker under the finger", "WL-2");
+        ASSERT_NO_FATAL_FAILURE(unplug("WL-2"));
+    }
+
   private:
     std::optional<WaylandSession> outer_;
     std::unique_ptr<WaylandClient> watcher_;
 };
-
-constexpr Point kOnFirst{320, 360};
-constexpr Point kOnSecond{250, 250};
 
 TEST_F(SwayUnplug, TheOverlayComesAndGoesWithTheTouchscreensOutput) {
     ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
@@ -65,13 +76,8 @@ TEST_F(SwayUnplug, TheOverlayComesAndGoesWithTheTouchscreensOutput) {
 }
 
 TEST_F(SwayUnplug, AFingerThatIsDownLeavesNothingBehind) {
-    ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
+    ASSERT_NO_FATAL_FAILURE(unplugUnderAFinger());
     if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(startOverlay());
-    ASSERT_NO_FATAL_FAILURE(plug());
-    touchAt(0.25, 0.5);
-    captureUntil(markerAt(kOnSecond, kMarkerWidth), "the marker under the finger", "WL-2");
-    ASSERT_NO_FATAL_FAILURE(unplug("WL-2"));
     moveTo(0.75, 0.5);
     captureUntil(markerAt({960, 360}, kMarkerWidth), "the marker under the finger", "WL-1");
     lift();
@@ -81,13 +87,8 @@ TEST_F(SwayUnplug, AFingerThatIsDownLeavesNothingBehind) {
 
 // It says nothing between the output's end and its own.
 TEST_F(SwayUnplug, AFingerThatRestsLeavesNothingBehind) {
-    ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
+    ASSERT_NO_FATAL_FAILURE(unplugUnderAFinger());
     if (IsSkipped()) return;
-    ASSERT_NO_FATAL_FAILURE(startOverlay());
-    ASSERT_NO_FATAL_FAILURE(plug());
-    touchAt(0.25, 0.5);
-    captureUntil(markerAt(kOnSecond, kMarkerWidth), "the marker under the finger", "WL-2");
-    ASSERT_NO_FATAL_FAILURE(unplug("WL-2"));
     lift();
     captureUntil(isClean, "the background alone", "WL-1");
     ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, kOnFirst, kMarkerWidth, "WL-1"));
