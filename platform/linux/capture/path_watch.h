@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/input/descriptor_watch.h"
+#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/posix/unique_descriptor.h"
 
 namespace skavlo {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "platform/linux/input/descriptor_watch.h"
+#include "platform/linux/loop/descriptor_watch.h"
 
 namespace skavlo {
 

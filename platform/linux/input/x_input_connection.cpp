@@ -81,11 +81,15 @@ std::optional<Error> XInputConnection::initialise() {
                                      XCB_INPUT_XI_EVENT_MASK_DEVICE_CHANGED |
                                      XCB_INPUT_XI_EVENT_MASK_PROPERTY);
     refreshButtons();
-    watch_ = std::make_unique<DescriptorWatch>(context_, xcb_get_file_descriptor(connection_),
-                                               [this] { pump(); });
-    // Events that came along with the replies are read already: no descriptor tells of them.
-    devicesChanged_ = true;
-    pump();
+    refreshDevices();
+    watch_ = std::make_unique<XcbWatch>(
+        context_, connection_,
+        XcbWatch::Handlers{.event = [this](const auto& event) { handle(event); },
+                           .drained = [this] { drain(); },
+                           .lost =
+                               [this] {
+                                   if (lost_) asio::post(context_, lost_);
+                               }});
     return xcb_connection_has_error(connection_) ? std::optional(Error{"the X server hung up"})
                                                  : std::nullopt;
 }
@@ -114,7 +118,7 @@ void XInputConnection::select(std::uint16_t device, std::uint32_t mask) {
         std::uint32_t mask;
     } selection{{device, 1}, mask};
     xcb_input_xi_select_events(connection_, root_, 1, &selection.head);
-    xcb_flush(connection_);
+    if (watch_) watch_->flush();
 }
 
 // A raw event goes out for the device and again for its master; only the masters' are selected.
@@ -138,50 +142,28 @@ bool XInputConnection::isPrimaryButton(std::uint32_t physicalButton) const {
 void XInputConnection::queryPointer(std::uint16_t master,
                                     std::function<void(const std::optional<XPointer>&)> answer) {
     queries_.push_back({xcb_input_xi_query_pointer(connection_, root_, master), std::move(answer)});
-    xcb_flush(connection_);
+    watch_->flush();
 }
 
-void XInputConnection::pump() {
-    bool any = true;
-    while (any) {
-        any = deliverEvents();
-        any = deliverAnswers() || any;
-        if (devicesChanged_) {
-            refreshDevices();
-            any = true;
-        }
-    }
+void XInputConnection::drain() {
+    deliverAnswers();
+    if (devicesChanged_) refreshDevices();
     if (drained_) drained_();
-    if (!xcb_connection_has_error(connection_)) return;
-    watch_.reset();
-    if (lost_) asio::post(context_, lost_);
 }
 
-bool XInputConnection::deliverEvents() {
-    bool any = false;
-    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-        any = true;
-        handle(*event);
-    }
-    return any;
-}
-
-bool XInputConnection::deliverAnswers() {
-    bool any = false;
+void XInputConnection::deliverAnswers() {
     while (!queries_.empty()) {
         void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
         if (!xcb_poll_for_reply(connection_, queries_.front().cookie.sequence, &reply, &error))
-            break;
+            return;
         const XcbReply<xcb_generic_error_t> ownedError(error);
         const XcbReply<xcb_input_xi_query_pointer_reply_t> owned(
             static_cast<xcb_input_xi_query_pointer_reply_t*>(reply));
         const Query query = std::move(queries_.front());
         queries_.pop_front();
         query.answer(owned ? std::optional(readPointer(*owned)) : std::nullopt);
-        any = true;
     }
-    return any;
 }
 
 void XInputConnection::handle(const xcb_generic_event_t& event) {

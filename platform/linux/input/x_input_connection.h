@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "platform/geometry.h"
-#include "platform/linux/input/descriptor_watch.h"
 #include "platform/linux/input/x_input_devices.h"
+#include "platform/linux/loop/xcb_watch.h"
 #include "platform/result.h"
 
 namespace skavlo {
@@ -75,19 +75,17 @@ class XInputConnection {
 
     XInputConnection(asio::io_context& context, xcb_connection_t* connection);
     std::optional<Error> initialise();
-    void selectChanges();
     void select(std::uint16_t device, std::uint32_t mask);
     void refreshDevices();
     void refreshButtons();
-    void pump();
-    bool deliverEvents();
-    bool deliverAnswers();
+    void drain();
+    void deliverAnswers();
     void handle(const xcb_generic_event_t& event);
     void handleInput(const xcb_ge_generic_event_t& event);
 
     asio::io_context& context_;
     xcb_connection_t* connection_;
-    std::unique_ptr<DescriptorWatch> watch_;
+    std::unique_ptr<XcbWatch> watch_;
     xcb_window_t root_ = 0;
     std::uint8_t extension_ = 0;
     XInputAtoms atoms_{};

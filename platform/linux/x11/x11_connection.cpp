@@ -20,15 +20,25 @@ Result<std::unique_ptr<X11Connection>> X11Connection::open(AsioRunLoop& runLoop)
 }
 
 X11Connection::X11Connection(AsioRunLoop& runLoop, xcb_connection_t* connection, int screenNumber)
-    : runLoop_(runLoop),
-      connection_(connection),
-      screenNumber_(screenNumber),
-      descriptor_(runLoop.context(), xcb_get_file_descriptor(connection)) {
+    : connection_(connection), screenNumber_(screenNumber) {
     findScreen();
+    const auto everybody = [this](const xcb_generic_event_t& event) {
+        for (const EventHandler& handler : handlers_) handler(event);
+    };
+    watch_ = std::make_unique<XcbWatch>(runLoop.context(), connection_,
+                                        XcbWatch::Handlers{.event = everybody,
+                                                           .drained =
+                                                               [this] {
+                                                                   if (idle_) idle_();
+                                                               },
+                                                           .lost =
+                                                               [this] {
+                                                                   if (lost_) lost_();
+                                                               }});
 }
 
 X11Connection::~X11Connection() {
-    descriptor_.release();
+    watch_.reset();
     xcb_disconnect(connection_);
 }
 
@@ -72,33 +82,8 @@ bool X11Connection::isLocal() const {
            address.ss_family == AF_UNIX;
 }
 
-void X11Connection::start() {
-    wait();
-    // Replies that were waited for may have brought events along, which wake nobody.
-    runLoop_.async([this] { pump(); });
-}
-
-void X11Connection::wait() {
-    descriptor_.async_wait(asio::posix::stream_descriptor::wait_read,
-                           [this](const asio::error_code& error) {
-                               if (error) return;
-                               pump();
-                               if (xcb_connection_has_error(connection_) == 0) wait();
-                           });
-}
-
-void X11Connection::pump() {
-    while (XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-        if (event->response_type == 0) continue;  // the error of an unchecked request
-        for (const EventHandler& handler : handlers_) handler(*event);
-    }
-    if (idle_) idle_();
-    flush();
-    if (xcb_connection_has_error(connection_) != 0 && lost_) std::exchange(lost_, nullptr)();
-}
-
 void X11Connection::flush() {
-    xcb_flush(connection_);
+    watch_->flush();
 }
 
 }  // namespace skavlo

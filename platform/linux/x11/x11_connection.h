@@ -2,7 +2,6 @@
 
 #include <xcb/xcb.h>
 
-#include <asio/posix/stream_descriptor.hpp>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/loop/xcb_watch.h"
 #include "platform/linux/xcb_reply.h"
 #include "platform/result.h"
 
@@ -40,28 +40,24 @@ class X11Connection {
     // The server runs on this machine and can be handed descriptors.
     [[nodiscard]] bool isLocal() const;
 
-    // Every handler sees every event, on the main thread, after start().
+    // Every handler sees every event, on the main thread.
     void addEventHandler(EventHandler handler) { handlers_.push_back(std::move(handler)); }
     // Called once when the server is gone.
     void setLostHandler(std::function<void()> handler) { lost_ = std::move(handler); }
     // Called after each batch of events, before the loop sleeps again.
     void setIdleHandler(std::function<void()> handler) { idle_ = std::move(handler); }
 
-    void start();
     void flush();
 
   private:
     X11Connection(AsioRunLoop& runLoop, xcb_connection_t* connection, int screenNumber);
     void findScreen();
-    void wait();
-    void pump();
 
-    AsioRunLoop& runLoop_;
     xcb_connection_t* connection_;
     xcb_screen_t* screen_ = nullptr;
     int screenNumber_;
     xcb_visualid_t alphaVisual_ = 0;
-    asio::posix::stream_descriptor descriptor_;
+    std::unique_ptr<XcbWatch> watch_;
     std::vector<EventHandler> handlers_;
     std::function<void()> lost_;
     std::function<void()> idle_;

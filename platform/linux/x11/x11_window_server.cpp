@@ -14,9 +14,7 @@ Result<std::unique_ptr<X11WindowServer>> X11WindowServer::connect(AsioRunLoop& r
 }
 
 X11WindowServer::X11WindowServer(AsioRunLoop& runLoop, std::unique_ptr<X11Connection> connection)
-    : runLoop_(runLoop), connection_(std::move(connection)), outputs_(*connection_) {
-    connection_->start();
-}
+    : runLoop_(runLoop), connection_(std::move(connection)), outputs_(*connection_) {}
 
 // The window takes its frame from the outputs, whose pixels need no rounding, and follows them.
 std::unique_ptr<Window> X11WindowServer::createWindow(Rect /*frame*/,

@@ -1,4 +1,4 @@
-#include "platform/linux/input/descriptor_watch.h"
+#include "platform/linux/loop/descriptor_watch.h"
 
 #include <asio/posix/stream_descriptor.hpp>
 #include <utility>
