@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <utility>
@@ -20,9 +21,14 @@ namespace {
 constexpr std::uint8_t kDepth = 32;
 // Another window that also insists on being the topmost one must not turn into a race.
 constexpr double kRaiseAgainSeconds = 0.02;
-// Two frames of a display with 60 a second, and in what steps.
-constexpr int kDrawingHandedOnSteps = 5;
-constexpr double kDrawingHandedOnStepSeconds = 2.0 / 60 / kDrawingHandedOnSteps;
+// How often an input shape is changed behind a draw: through two frames of a display with 60 a
+// second in equal steps, then in steps that double up to half a second.
+constexpr double kInputShapeStepSeconds = 0.002;
+constexpr int kEqualInputShapeSteps = 16;
+constexpr int kInputShapeSteps = kEqualInputShapeSteps + 8;
+// So many shapes follow each other in a circle. Changes that reach the compositor together must
+// not come out as none.
+constexpr int kInputShapes = 8;
 
 std::vector<xcb_rectangle_t> toXcb(const std::vector<PixelRect>& rects) {
     std::vector<xcb_rectangle_t> result;
@@ -138,30 +144,33 @@ void X11Window::windowManagerChanged() {
 }
 
 // To be called before each draw. XWayland may hand the drawing on only with the compositor's next
-// frame, behind the shape, so the shape changes again and again until that must be over.
+// frame, behind the shape, so the shape changes again and again until that must be over, be the
+// compositor ever so slow.
 void X11Window::renewInputShape() {
     if (!inputShapeIsForgotten_) return;
     changeInputShape();
-    const bool waiting = inputShapeChangesLeft_ > 0;
-    inputShapeChangesLeft_ = kDrawingHandedOnSteps;
-    if (!waiting) changeInputShapeLater();
+    changeInputShapeLater(0);
 }
 
-void X11Window::changeInputShapeLater() {
-    inputShapeTimer_ = runLoop_.scheduledTimer(kDrawingHandedOnStepSeconds, false, [this] {
+void X11Window::changeInputShapeLater(int step) {
+    if (step == kInputShapeSteps) return;
+    const int doublings = std::max(0, step - kEqualInputShapeSteps + 1);
+    const double seconds = std::ldexp(kInputShapeStepSeconds, doublings);
+    inputShapeTimer_ = runLoop_.scheduledTimer(seconds, false, [this, step] {
         changeInputShape();
         connection_.flush();
-        if (--inputShapeChangesLeft_ > 0) changeInputShapeLater();
+        changeInputShapeLater(step + 1);
     });
 }
 
-// Only a shape that is another one reaches the compositor. A corner of one pixel does no harm.
+// Only a shape that is another one reaches the compositor. One pixel of the uppermost row does no
+// harm.
 void X11Window::changeInputShape() {
-    inputShapeHasCorner_ = !inputShapeHasCorner_;
-    const xcb_rectangle_t corner{0, 0, 1, 1};
+    inputShape_ = (inputShape_ + 1) % kInputShapes;
+    const xcb_rectangle_t pixel{static_cast<std::int16_t>(inputShape_ - 1), 0, 1, 1};
     xcb_shape_rectangles(connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
-                         XCB_CLIP_ORDERING_UNSORTED, window_, 0, 0, inputShapeHasCorner_ ? 1U : 0U,
-                         &corner);
+                         XCB_CLIP_ORDERING_UNSORTED, window_, 0, 0, inputShape_ == 0 ? 0U : 1U,
+                         &pixel);
 }
 
 void X11Window::setHidden(bool hidden) {

@@ -42,7 +42,7 @@ class X11Window final : public Window {
     void windowManagerChanged();
     void renewInputShape();
     void changeInputShape();
-    void changeInputShapeLater();
+    void changeInputShapeLater(int step);
     void handle(const xcb_generic_event_t& event);
     void exposed(const xcb_expose_event_t& event);
     void handleStacking(const xcb_generic_event_t& event, int type);
@@ -67,8 +67,7 @@ class X11Window final : public Window {
     int fixesEvent_ = -1;
     xcb_atom_t windowManagerCheck_ = 0;
     bool inputShapeIsForgotten_ = false;  // see forgetsInputShapes()
-    bool inputShapeHasCorner_ = false;
-    int inputShapeChangesLeft_ = 0;
+    int inputShape_ = 0;  // the pixel that is its only one counts from 1; 0: it is empty
     std::unique_ptr<Timer> inputShapeTimer_;
     bool composited_ = false;
     bool onTop_ = false;
