@@ -9,8 +9,8 @@
 #include <string>
 
 #include "platform/linux/capture/cast_graph.h"
-#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/posix/unique_descriptor.h"
 #include "platform/result.h"
 

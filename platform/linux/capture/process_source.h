@@ -7,8 +7,8 @@
 
 #include "platform/linux/capture/capture_source.h"
 #include "platform/linux/capture/process_events.h"
-#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/result.h"
 
 namespace skavlo {

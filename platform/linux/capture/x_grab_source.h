@@ -8,8 +8,8 @@
 
 #include "platform/linux/capture/capture_source.h"
 #include "platform/linux/capture/grab_rate.h"
-#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/xcb_reply.h"
 #include "platform/result.h"
 

@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "platform/digitizer/contact_tracker.h"
-#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/input/device_opener.h"
 #include "platform/linux/input/mapping.h"
 #include "platform/linux/input/touch_source.h"
+#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/result.h"
 #include "platform/time.h"
 

@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/linux/loop/descriptor_watch.h"
 #include "platform/linux/input/input_selector.h"
 #include "platform/linux/loop/asio_run_loop.h"
+#include "platform/linux/loop/descriptor_watch.h"
 
 namespace {
 

@@ -149,8 +149,9 @@ TEST_F(Checks, Images) {
     EXPECT_THAT(levels(checkImages(surroundings)), ElementsAre("fail"));
     fs::copy_file("/bin/false", surroundings.raster());
     // Without PNG nothing goes; another kind may be missing.
-    EXPECT_THAT(levels(checkImages(surroundings)),
-                ElementsAre("fail", "warn", "warn", "warn", "warn", "warn", "warn", "warn", "warn"));
+    EXPECT_THAT(
+        levels(checkImages(surroundings)),
+        ElementsAre("fail", "warn", "warn", "warn", "warn", "warn", "warn", "warn", "warn"));
     surroundings.programDirectory = SKAVLO_PRODUCT_DIRECTORY;
     const Findings findings = checkImages(surroundings);
     ASSERT_EQ(findings.size(), 9U);
