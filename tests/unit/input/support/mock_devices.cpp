@@ -19,16 +19,34 @@ namespace skavlo::test {
 
 namespace {
 
+// Of the recordings.
+constexpr int kRecordedNumber = 1;
+constexpr const char* kRecordedNode = "/dev/input/event1";
+
 void setBit(std::vector<std::uint8_t>& bits, int bit) {
     const auto byte = static_cast<std::size_t>(bit) / 8;
     if (byte < bits.size()) bits[byte] = static_cast<std::uint8_t>(bits[byte] | (1 << (bit % 8)));
 }
 
-// For mock_hooks.cpp, here and in programs that are started from here.
-void passTerminalFor(dev_t terminal, dev_t device) {
+// The node's terminal for the device eventN. For mock_hooks.cpp, here and in programs that are
+// started from here.
+void passTerminalFor(const MockBed& bed, const std::string& node, int eventNumber) {
+    constexpr unsigned kTerminalMajor = 136;
+    constexpr unsigned kInputMajor = 13;
+    unsigned terminal = 0;
+    if (ioctl(umockdev_testbed_get_dev_fd(bed.get(), node.c_str()), TIOCGPTN, &terminal) != 0)
+        std::abort();
+    const dev_t device = makedev(kInputMajor, static_cast<unsigned>(64 + eventNumber));
+    const std::string entry =
+        std::to_string(makedev(kTerminalMajor, terminal)) + "=" + std::to_string(device) + ";";
     const char* before = getenv(kTerminalsVariable);
-    const std::string entry = std::to_string(terminal) + "=" + std::to_string(device) + ";";
     setenv(kTerminalsVariable, (entry + (before ? before : "")).c_str(), 1);
+}
+
+void check(gboolean done, const GError* error) {
+    if (done) return;
+    std::fprintf(stderr, "%s\n", error->message);
+    std::abort();
 }
 
 template <typename T>
@@ -104,18 +122,11 @@ MockDevice::MockDevice(MockBed& bed, MockDescription description)
     text += "P: /devices/virtual/input/input" + number +
             "\nE: SUBSYSTEM=input\nE: PRODUCT=3/1/1/1\nE: NAME=\"" + description_.name + "\"\n\n";
     GError* error = nullptr;
-    if (!umockdev_testbed_add_from_string(bed_.get(), text.c_str(), &error)) {
-        std::fprintf(stderr, "%s\n", error->message);
-        std::abort();
-    }
-    constexpr unsigned kTerminalMajor = 136;
-    constexpr unsigned kInputMajor = 13;
+    check(umockdev_testbed_add_from_string(bed_.get(), text.c_str(), &error), error);
+    passTerminalFor(bed_, node_, description_.number);
     const int master = umockdev_testbed_get_dev_fd(bed_.get(), node_.c_str());
-    unsigned terminal = 0;
     terminal_ = ioctl(master, TIOCGPTPEER, O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (terminal_ < 0 || ioctl(master, TIOCGPTN, &terminal) != 0) std::abort();
-    passTerminalFor(makedev(kTerminalMajor, terminal),
-                    makedev(kInputMajor, static_cast<unsigned>(64 + description_.number)));
+    if (terminal_ < 0) std::abort();
 }
 
 MockDevice::~MockDevice() {
@@ -277,6 +288,21 @@ void MockDevice::fillSlots(std::vector<std::uint8_t>& data) const {
                                                                : 0;
         std::memcpy(data.data() + offset, &value, sizeof value);
     }
+}
+
+RecordedDevice::RecordedDevice(MockBed& bed, std::string path) : bed_(bed), path_(std::move(path)) {
+    GError* error = nullptr;
+    check(umockdev_testbed_add_from_file(bed_.get(), (path_ + ".umockdev").c_str(), &error), error);
+    check(umockdev_testbed_load_ioctl(bed_.get(), nullptr, (path_ + ".ioctl").c_str(), &error),
+          error);
+    passTerminalFor(bed_, kRecordedNode, kRecordedNumber);
+}
+
+void RecordedDevice::play() {
+    GError* error = nullptr;
+    check(umockdev_testbed_load_evemu_events(bed_.get(), nullptr, (path_ + ".events").c_str(),
+                                             &error),
+          error);
 }
 
 }  // namespace skavlo::test

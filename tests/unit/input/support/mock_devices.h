@@ -90,6 +90,19 @@ class MockDevice {
     bool opened_ = false;
 };
 
+// What umockdev-record saw of a device of a real kernel, /dev/input/event1: its description, its
+// answers and its events, in the files PATH.umockdev, .ioctl and .events.
+class RecordedDevice {
+  public:
+    RecordedDevice(MockBed& bed, std::string path);
+    // Its events come as they came then, at the same intervals.
+    void play();
+
+  private:
+    MockBed& bed_;
+    std::string path_;
+};
+
 class MockBed {
   public:
     MockBed() : bed_(umockdev_testbed_new()) {}

@@ -4,9 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/linux/input/input_selector.h"
 #include "tests/unit/input/support/event_log.h"
@@ -15,6 +17,7 @@
 namespace skavlo::test {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
 constexpr int kWidth = 2000;
@@ -334,6 +337,34 @@ TEST_F(LibinputSourceTest, PlacementOfTheXServerIsTaken) {
     screen.sync();
     ASSERT_TRUE(waitForEvents(2));
     expectAt(log.last().children.at(0), 0.5 * kWidth, 0.5 * 0.52 * kHeight);
+}
+
+// Two hands: one finger, a second, the first leaves and comes again, three more in one frame, one
+// of them down and up again in one frame, which libinput calls the driver's fault and drops.
+TEST_F(LibinputTest, RecordedTouchscreenIsSeenAsItWas) {
+    constexpr double kWidthUnits = 4096;
+    constexpr double kHeightUnits = 2304;
+    RecordedDevice screen(bed, SKAVLO_RECORDED_TOUCHSCREEN);
+    open();
+    ASSERT_EQ(selector->source(), InputSourceKind::libinput);
+    screen.play();
+    ASSERT_TRUE(waitFor([&] { return log.ended() == 6; }));
+    std::vector<std::size_t> touching;  // each number that follows another one
+    for (const HidEvent& event : log.events) {
+        const auto count = static_cast<std::size_t>(
+            std::ranges::count_if(event.children, [](const auto& c) { return c.touch != 0; }));
+        if (touching.empty() || touching.back() != count) touching.push_back(count);
+    }
+    EXPECT_THAT(touching, ElementsAre(1, 2, 1, 2, 5, 0));
+    const auto expectUnits = [&](const HidEvent& child, double x, double y) {
+        expectAt(child, x / kWidthUnits * kWidth, y / kHeightUnits * kHeight);
+    };
+    expectUnits(log.events.front().children.at(0), 600, 700);
+    expectUnits(log.events.at(11).children.at(0), 1040, 1030);
+    const auto fifth =
+        std::ranges::find_if(log.events, [](const auto& e) { return e.children.size() == 5; });
+    ASSERT_NE(fifth, log.events.end());
+    expectUnits(fifth->children.at(4), 2000, 1000);
 }
 
 }  // namespace
