@@ -37,7 +37,6 @@ class PropertyValue {
     PropertyValue(PropertyArray value) : storage_(std::move(value)) {}       // NOLINT
     PropertyValue(PropertyDictionary value) : storage_(std::move(value)) {}  // NOLINT
 
-    [[nodiscard]] const Storage& storage() const { return storage_; }
     template <typename T>
     [[nodiscard]] const T* as() const {
         return std::get_if<T>(&storage_);

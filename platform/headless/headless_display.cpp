@@ -40,11 +40,6 @@ std::unique_ptr<Window> HeadlessWindowServer::createWindow(Rect /*frame*/,
     return std::make_unique<HeadlessWindow>(*this);
 }
 
-void HeadlessWindowServer::registerWindowWithContextID(std::uint32_t contextId, double level) {
-    registeredContext_ = contextId;
-    registeredLevel_ = level;
-}
-
 void HeadlessWindowServer::refresh() {
     if (std::exchange(refreshRequested_, false) && handlers_.refresh) handlers_.refresh();
 }

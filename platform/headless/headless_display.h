@@ -52,7 +52,7 @@ class HeadlessWindowServer final : public WindowServer {
     explicit HeadlessWindowServer(const HeadlessScreen& screen) : screen_(screen) {}
 
     std::unique_ptr<Window> createWindow(Rect frame, const WindowTraits& traits) override;
-    void registerWindowWithContextID(std::uint32_t contextId, double level) override;
+    void registerWindowWithContextID(std::uint32_t /*contextId*/, double /*level*/) override {}
 
     // What the display shows: premultiplied, rows without gaps.
     [[nodiscard]] const std::vector<std::uint32_t>& pixels() const { return pixels_; }
@@ -66,8 +66,6 @@ class HeadlessWindowServer final : public WindowServer {
     // The screen changed its size: the window follows and has lost its contents.
     void resize();
 
-    [[nodiscard]] std::uint32_t registeredContext() const { return registeredContext_; }
-    [[nodiscard]] double registeredLevel() const { return registeredLevel_; }
     [[nodiscard]] bool visible() const { return visible_; }
 
   private:
@@ -82,8 +80,6 @@ class HeadlessWindowServer final : public WindowServer {
     bool refreshRequested_ = false;
     bool held_ = false;
     bool visible_ = false;
-    std::uint32_t registeredContext_ = 0;
-    double registeredLevel_ = 0;
 };
 
 // Delivers the events it is given to the registered callback.

@@ -107,7 +107,7 @@ class EmojiFieldControl : public QObject {
     // Return, or the focus moves on. Once for each editing.
     Q_INVOKABLE void end();
     // As if the text had been typed and Return pressed.
-    Q_INVOKABLE void replace(const QString& text);
+    void replace(const QString& text);
     // Where the user-perceived character before the position begins.
     Q_INVOKABLE static int characterBefore(const QString& text, int position);
 

@@ -29,7 +29,6 @@ struct Texts {
     Q_PROPERTY(QString decrease MEMBER decrease)
     Q_PROPERTY(QString increase MEMBER increase)
     Q_PROPERTY(QString busy MEMBER busy)
-    Q_PROPERTY(QString images MEMBER images)
 
   public:
     QString cancel, done, red, green, blue, opacity, hue, spectrum, hex, chooseEmoji, chooseImage,

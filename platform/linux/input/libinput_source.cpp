@@ -222,15 +222,4 @@ void LibinputSource::placementsChanged() {
     for (Device& device : devices_) place(device);
 }
 
-void LibinputSource::suspend() {
-    libinput_suspend(libinput_.get());
-    dispatch();
-}
-
-bool LibinputSource::resume() {
-    const bool resumed = libinput_resume(libinput_.get()) == 0;
-    dispatch();
-    return resumed;
-}
-
 }  // namespace skavlo

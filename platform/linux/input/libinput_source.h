@@ -60,10 +60,6 @@ class LibinputSource final : public TouchSource {
     // What xLookup answers may have changed.
     void placementsChanged();
 
-    // Closes all devices and ends their contacts; resume() opens them again. False: it could not.
-    void suspend();
-    bool resume();
-
   private:
     struct Device {
         std::uint32_t id;

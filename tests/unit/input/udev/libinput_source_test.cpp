@@ -298,23 +298,6 @@ class LibinputSourceTest : public LibinputTest {
     std::unique_ptr<LibinputSource> source;
 };
 
-TEST_F(LibinputSourceTest, SuspendEndsContactsAndResumeReadsAgain) {
-    MockDevice screen(bed, touchscreen(1));
-    openSource();
-    screen.down(0, 10, 10);
-    screen.sync();
-    ASSERT_TRUE(waitFor([&] { return log.touching() == 1; }));
-    source->suspend();
-    EXPECT_EQ(source->deviceCount(), 0u);
-    EXPECT_EQ(log.ended(), 1u);
-    EXPECT_EQ(log.last().touch, 0);
-    ASSERT_TRUE(source->resume());
-    EXPECT_EQ(source->deviceCount(), 1u);
-    screen.down(1, 10, 10);
-    screen.sync();
-    EXPECT_TRUE(waitFor([&] { return log.touching() == 1; }));
-}
-
 TEST_F(LibinputSourceTest, PlacementOfTheXServerIsTaken) {
     MockDescription description = touchscreen(1);
     description.properties.push_back("LIBINPUT_CALIBRATION_MATRIX=1 0 0 0 0.5 0");
