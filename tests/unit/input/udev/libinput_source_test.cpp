@@ -183,6 +183,41 @@ TEST_F(LibinputTest, LostEventsEndWhatIsNoLongerThere) {
     EXPECT_EQ(log.last().touch, 0);
 }
 
+// The panel finds out that one of two touches is a hand's, and libinput cancels that one.
+TEST_F(LibinputTest, CancelledTouchEndsAndAnotherGoesOn) {
+    MockDescription description = touchscreen(1);
+    description.axes[ABS_MT_TOOL_TYPE] = {MT_TOOL_FINGER, MT_TOOL_PALM, 0};
+    MockDevice screen(bed, description);
+    open();
+    screen.down(0, 100, 100);
+    screen.down(1, 500, 250);
+    screen.sync();
+    ASSERT_TRUE(waitFor([&] { return log.touching() == 2; }));
+    screen.event(EV_ABS, ABS_MT_SLOT, 0);
+    screen.event(EV_ABS, ABS_MT_TOOL_TYPE, MT_TOOL_PALM);
+    screen.sync();
+    ASSERT_TRUE(waitFor([&] { return log.ended() == 1; }));
+    EXPECT_EQ(log.touching(), 1u);
+    EXPECT_EQ(log.last().touch, 1);
+    // Of the hand nothing more is heard, whether it moves, passes for a finger or lifts.
+    screen.move(0, 150, 150);
+    screen.event(EV_ABS, ABS_MT_TOOL_TYPE, MT_TOOL_FINGER);
+    screen.move(1, 510, 250);
+    screen.sync();
+    screen.up(0);
+    screen.move(1, 520, 250);
+    screen.sync();
+    ASSERT_TRUE(waitForEvents(4));
+    EXPECT_EQ(log.touching(), 1u);
+    EXPECT_EQ(log.ended(), 1u);
+    expectAt(log.last().children.at(0), 1040, 500);
+    // The next one in its slot is a finger.
+    screen.down(0, 100, 100);
+    screen.sync();
+    ASSERT_TRUE(waitFor([&] { return log.touching() == 2; }));
+    EXPECT_EQ(log.ended(), 1u);
+}
+
 TEST_F(LibinputTest, PenTipIsAFinger) {
     MockDevice tablet(bed, pen(1));
     open();
