@@ -19,6 +19,22 @@ namespace {
 const std::string kPrefix = SKAVLO_LIBRARY_PREFIX "Caches/com.oxbrel.skavlo";
 }
 
+Point centreOfMass(const Bitmap& screen) {
+    double sum = 0;
+    double x = 0;
+    double y = 0;
+    for (int row = 0; row < screen.size.height; ++row) {
+        for (int column = 0; column < screen.size.width; ++column) {
+            const double weight =
+                (rig::pixelAt(screen, {column, row}) & 0xffU) - double{kBackground & 0xffU};
+            sum += weight;
+            x += weight * (column + 0.5);
+            y += weight * (row + 0.5);
+        }
+    }
+    return sum > 0 ? Point{x / sum, y / sum} : Point{-1, -1};
+}
+
 OverlayFiles::OverlayFiles() {
     std::filesystem::create_directories(SKAVLO_LIBRARY_PREFIX "Caches");
     std::filesystem::remove(pidFile());
@@ -53,9 +69,11 @@ void OverlayFiles::writeSettings(const PropertyDictionary& settings) {
     write(settingsFile(), PlistPropertyLists().serialize(settings));
 }
 
-int OverlayFiles::runSkavlo(const std::string& role, const std::vector<std::string>& environment) {
+int OverlayFiles::runSkavlo(const std::string& role, const std::vector<std::string>& environment,
+                            const std::vector<std::string>& more) {
     std::vector<std::string> arguments{SKAVLO_EXECUTABLE};
     if (!role.empty()) arguments.push_back(role);
+    arguments.insert(arguments.end(), more.begin(), more.end());
     auto child = rig::Child::start({arguments, environment, {}, -1});
     if (!child) {
         ADD_FAILURE() << child.error().message;

@@ -22,6 +22,10 @@ namespace skavlo {
 
 inline constexpr std::uint32_t kBackground = 0xff204060;
 
+// The middle of all that is lighter than the background, weighted by how much; (-1, -1): nothing
+// is.
+Point centreOfMass(const Bitmap& screen);
+
 // The overlay's files of this build; removed before and after each test.
 class OverlayFiles : public testing::Test {
   protected:
@@ -35,8 +39,10 @@ class OverlayFiles : public testing::Test {
     static std::optional<std::string> contents(const std::string& path);
     static void write(const std::string& path, const std::string& contents);
     static void writeSettings(const PropertyDictionary& settings);
-    // Runs the executable with one argument (none when empty) and returns its wait status.
-    static int runSkavlo(const std::string& role, const std::vector<std::string>& environment = {});
+    // Runs the executable with one argument (none when empty), and more behind it, and returns its
+    // wait status.
+    static int runSkavlo(const std::string& role, const std::vector<std::string>& environment = {},
+                         const std::vector<std::string>& more = {});
 };
 
 class OverlayRig : public OverlayFiles {

@@ -254,24 +254,10 @@ TEST_F(Overlay, TheCentreOfMassOfAMarkerLiesWithinHalfAPixelOfTheContact) {
     ASSERT_NO_FATAL_FAILURE(start({{"colorTracking", false}, {"colorBorderWidth", 0.0}}));
     for (const Point place : {Point{100.25, 100.75}, Point{1200, 50}, Point{640.5, 690}}) {
         touch().begin(0, place);
-        const auto deviation = [](const Bitmap& s) {
-            double sum = 0;
-            double x = 0;
-            double y = 0;
-            for (std::size_t i = 0; i < s.pixels.size(); ++i) {
-                const double weight = (s.pixels[i] & 0xffU) - double{kBackground & 0xffU};
-                const auto column = i % kScreen.width;
-                const auto row = i / kScreen.width;
-                sum += weight;
-                x += weight * (static_cast<double>(column) + 0.5);
-                y += weight * (static_cast<double>(row) + 0.5);
-            }
-            return sum > 0 ? Point{x / sum, y / sum} : Point{-1, -1};
-        };
         Point seen;
         captureUntil(
             [&](const Bitmap& s) {
-                seen = deviation(s);
+                seen = centreOfMass(s);
                 return std::abs(seen.x - place.x) <= 0.5 && std::abs(seen.y - place.y) <= 0.5;
             },
             "the marker under the contact");

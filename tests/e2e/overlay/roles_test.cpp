@@ -13,43 +13,49 @@
 namespace skavlo {
 namespace {
 
+// A process that exists until it is killed or this object goes.
+class Sleeper {
+  public:
+    Sleeper() : pid_(fork()) {
+        if (pid_ == 0) {
+            pause();
+            _exit(0);
+        }
+    }
+    ~Sleeper() {
+        if (reaped_) return;
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    Sleeper(const Sleeper&) = delete;
+    Sleeper& operator=(const Sleeper&) = delete;
+    [[nodiscard]] pid_t pid() const { return pid_; }
+    // The status of waitpid(), when it was killed.
+    int reap() {
+        int status = 0;
+        waitpid(pid_, &status, 0);
+        reaped_ = true;
+        return status;
+    }
+    [[nodiscard]] bool alive() const { return waitpid(pid_, nullptr, WNOHANG) == 0; }
+    // The signal that ended it: this one, when it was not killed before.
+    int endedBy(int signal) {
+        kill(pid_, signal);
+        return WTERMSIG(reap());
+    }
+
+  private:
+    pid_t pid_;
+    bool reaped_ = false;
+};
+
 class ExecutableRoles : public OverlayFiles {
   protected:
-    static int statusOf(const std::string& role) {
-        const int status = runSkavlo(role);
+    static int statusOf(const std::string& role, const std::vector<std::string>& more = {}) {
+        const int status = runSkavlo(role, {}, more);
         EXPECT_TRUE(WIFEXITED(status)) << "skavlo " << role << " was ended by a signal";
         return WEXITSTATUS(status);
     }
-    // A process that exists until it is killed or this object goes.
-    class Sleeper {
-      public:
-        Sleeper() : pid_(fork()) {
-            if (pid_ == 0) {
-                pause();
-                _exit(0);
-            }
-        }
-        ~Sleeper() {
-            if (reaped_) return;
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-        Sleeper(const Sleeper&) = delete;
-        Sleeper& operator=(const Sleeper&) = delete;
-        [[nodiscard]] pid_t pid() const { return pid_; }
-        // The status of waitpid(), when it was killed.
-        int reap() {
-            int status = 0;
-            waitpid(pid_, &status, 0);
-            reaped_ = true;
-            return status;
-        }
-        [[nodiscard]] bool alive() const { return waitpid(pid_, nullptr, WNOHANG) == 0; }
-
-      private:
-        pid_t pid_;
-        bool reaped_ = false;
-    };
     static bool pidFileExists() { return std::filesystem::exists(pidFile()); }
 };
 
@@ -201,6 +207,105 @@ TEST_F(ExecutableRoles, HudKillsThePreviousOverlayFirst) {
     const int status = previous.reap();
     ASSERT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
+// Whatever follows, be it a role.
+TEST_F(ExecutableRoles, OnlyTheFirstArgumentIsLookedAt) {
+    const std::vector<std::string> nowhere{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    for (const char* role : {"-hud", "-exit"}) {
+        Sleeper previous;
+        write(pidFile(), std::to_string(previous.pid()));
+        runSkavlo(role, nowhere, {"-check", "x"});
+        EXPECT_EQ(previous.endedBy(SIGTERM), SIGKILL) << role;
+        EXPECT_FALSE(pidFileExists()) << role;
+    }
+    Sleeper spared;
+    write(pidFile(), std::to_string(spared.pid()));
+    EXPECT_EQ(statusOf("-check", {"-exit"}), 1);
+    for (const char* second : {"-hud", "-exit"}) {
+        runSkavlo("x", nowhere, {second});
+        EXPECT_TRUE(pidFileExists()) << second;
+    }
+    EXPECT_EQ(spared.endedBy(SIGTERM), SIGTERM);
+    // Now the id is nobody's.
+    EXPECT_EQ(statusOf("-check", {"x"}), 0);
+    EXPECT_EQ(WEXITSTATUS(runSkavlo("x", nowhere, {"-check"})), 1);
+}
+
+// What the file may hold when an overlay starts. The process `other` lives, and leads a process
+// group of its own.
+struct PidFileCase {
+    const char* name;
+    std::string (*contents)(pid_t other);
+    bool otherIsKilled = false;
+};
+void PrintTo(const PidFileCase& file, std::ostream* out) {
+    *out << file.name;
+}
+
+class HudOnAPidFile : public OverlayRig {
+  protected:
+    HudOnAPidFile() { setpgid(other_.pid(), other_.pid()); }
+    // The overlay would not come to show its window had it killed its own group.
+    void expectStart() {
+        ASSERT_NO_FATAL_FAILURE(startServer());
+        ASSERT_NO_FATAL_FAILURE(launchOverlay());
+        EXPECT_TRUE(overlay().running());
+    }
+    void expectOwnId() { EXPECT_EQ(contents(pidFile()), std::to_string(overlay().pid())); }
+
+    Sleeper other_;
+};
+
+class HudOnContents : public HudOnAPidFile, public testing::WithParamInterface<PidFileCase> {};
+
+TEST_P(HudOnContents, KillsWhomItNamesAloneAndWritesItsOwnId) {
+    write(pidFile(), GetParam().contents(other_.pid()));
+    ASSERT_NO_FATAL_FAILURE(expectStart());
+    expectOwnId();
+    EXPECT_EQ(other_.endedBy(SIGTERM), GetParam().otherIsKilled ? SIGKILL : SIGTERM);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, HudOnContents,
+    testing::Values(
+        PidFileCase{"Zero", [](pid_t) { return std::string("0"); }},
+        PidFileCase{"Nothing", [](pid_t) { return std::string(); }},
+        PidFileCase{"Text", [](pid_t) { return std::string("abc"); }},
+        PidFileCase{"TextBeforeTheId", [](pid_t other) { return "x" + std::to_string(other); }},
+        PidFileCase{"ANegativeNumber", [](pid_t other) { return "-" + std::to_string(other); }},
+        PidFileCase{"TheIdWithinText",
+                    [](pid_t other) { return " " + std::to_string(other) + "x"; }, true},
+        PidFileCase{"AStaleId", [](pid_t) { return std::to_string(Sleeper().pid()); }},
+        // Cut to 32 or 64 bits they would be that id.
+        PidFileCase{"TheIdAnd32Bits",
+                    [](pid_t other) {
+                        return std::to_string((std::uint64_t{1} << 32U) + unsigned(other));
+                    }},
+        PidFileCase{"TheIdAnd64Bits",
+                    [](pid_t other) {
+                        // 2^64, whose last eight digits are 09551616.
+                        return "184467440737" + std::to_string(109551616 + other).substr(1);
+                    }},
+        PidFileCase{"WhatIsNoUtf8", [](pid_t other) { return std::to_string(other) + "\xff"; }}),
+    [](const auto& suite) { return std::string(suite.param.name); });
+
+TEST_F(HudOnAPidFile, ReplacesAFileThatCannotBeRead) {
+    std::filesystem::create_symlink(std::filesystem::path(pidFile()).filename(), pidFile());
+    ASSERT_NO_FATAL_FAILURE(expectStart());
+    expectOwnId();
+}
+
+TEST_F(HudOnAPidFile, ReplacesAPipeWithoutWaitingForAWriter) {
+    ASSERT_EQ(mkfifo(pidFile().c_str(), 0600), 0);
+    ASSERT_NO_FATAL_FAILURE(expectStart());
+    expectOwnId();
+}
+
+TEST_F(HudOnAPidFile, StartsWhereItCannotWriteItsId) {
+    std::filesystem::create_directory(pidFile());
+    ASSERT_NO_FATAL_FAILURE(expectStart());
+    EXPECT_TRUE(std::filesystem::is_directory(pidFile()));
 }
 
 }  // namespace
