@@ -1,6 +1,8 @@
 // The overlay on sway, with one output without hardware.
 #pragma once
 
+#include <gmock/gmock.h>
+
 #include <string>
 
 #include "tests/e2e/wayland/wayland_rig.h"
@@ -17,6 +19,16 @@ class Sway : public WaylandRig {
                                       "WLR_RENDERER=pixman", "SWAYSOCK=@/control"},
                       .files = {{"config", "output HEADLESS-1 mode 1280x720\n" + configuration}}});
     }
+    // With XWayland, whose name for X clients is xDisplay_ then.
+    void startSwayWithXWayland() {
+        ASSERT_NO_FATAL_FAILURE(
+            startSway("exec sh -c 'echo -n $DISPLAY > $XDG_RUNTIME_DIR/display'\n"));
+        if (IsSkipped()) return;
+        if (const auto reason = whyNotRunnable("Xwayland")) GTEST_SKIP() << *reason;
+        xDisplay_ = session().waitForContents("display", rig::Deadline(kPatience));
+        ASSERT_THAT(xDisplay_, testing::StartsWith(":"));
+    }
+    void startOverlayOnXWayland() { startOverlay({"WAYLAND_DISPLAY", "DISPLAY=" + xDisplay_}); }
     // All that most tests need.
     void startAll(const std::string& configuration = "",
                   const PropertyDictionary& settings = kWithoutTrail) {
@@ -46,6 +58,8 @@ class Sway : public WaylandRig {
         lift();
         captureUntil(isClean, "the background alone", output);
     }
+
+    std::string xDisplay_;
 };
 
 }  // namespace skavlo

@@ -124,14 +124,10 @@ TEST_F(Sway, SaysThatNoTouchscreenCanBeRead) {
 
 // XWayland, whose server has no authority file here and lets nobody in but its own user.
 TEST_F(Sway, RootIsLetIntoXWaylandAsTheSessionsOwner) {
-    ASSERT_NO_FATAL_FAILURE(
-        startSway("exec sh -c 'echo -n $DISPLAY > $XDG_RUNTIME_DIR/display'\n"));
+    ASSERT_NO_FATAL_FAILURE(startSwayWithXWayland());
     if (IsSkipped()) return;
-    if (const auto reason = whyNotRunnable("Xwayland")) GTEST_SKIP() << *reason;
-    const std::string display = session().waitForContents("display", Deadline(kPatience));
-    ASSERT_THAT(display, testing::StartsWith(":"));
     ASSERT_NO_FATAL_FAILURE(plugTouchscreen());
-    ASSERT_NO_FATAL_FAILURE(startOverlay({"WAYLAND_DISPLAY", "DISPLAY=" + display}));
+    ASSERT_NO_FATAL_FAILURE(startOverlayOnXWayland());
     // It reads touches only when it has found its window server.
     EXPECT_TRUE(screen_->wasOpened());
     EXPECT_TRUE(overlay_->running()) << complaints();
