@@ -8,7 +8,7 @@ Item {
     required property SettingsScreen screen
     required property string name
     required property bool showFocus
-    property real position: 0
+    readonly property real position: control.position
 
     objectName: "switch"
     width: 51
@@ -27,31 +27,6 @@ Item {
     Accessible.description: control.loading ? screen.texts.busy : ""
     Accessible.onPressAction: control.tap()
     Accessible.onToggleAction: control.tap()
-
-    Component.onCompleted: position = control.on ? 1 : 0
-
-    Connections {
-        target: fakeSwitch.control
-        function onChanged(animated: bool) {
-            const end = fakeSwitch.control.on ? 1 : 0;
-            if (animated) {
-                glide.to = end;
-                glide.restart();
-            } else if (!glide.running || glide.to !== end) {
-                glide.stop();
-                fakeSwitch.position = end;
-            }
-        }
-    }
-
-    NumberAnimation {
-        id: glide
-        target: fakeSwitch
-        property: "position"
-        duration: 250
-        easing.type: Easing.BezierSpline
-        easing.bezierCurve: [0.42, 0, 0.58, 1, 1, 1]
-    }
 
     Rectangle {
         objectName: "track"

@@ -42,6 +42,11 @@ QString Cell::thumbnail() const {
     return thumbnail ? QString::fromStdString(thumbnail->path) : QString();
 }
 
+void Cell::goOnFrom(const Cell& previous) {
+    if (switchControl_ && previous.switchControl_)
+        switchControl_->glideOnFrom(*previous.switchControl_);
+}
+
 void Cell::press() {
     if (!isSelectable() || highlighted_) return;
     highlighted_ = true;

@@ -45,6 +45,8 @@ class Cell : public QObject {
     [[nodiscard]] QString thumbnail() const;
     [[nodiscard]] bool isHighlighted() const { return highlighted_; }
     [[nodiscard]] EmojiFieldControl* emojiField() const { return emojiField_; }
+    // What moves in the row that this one replaces moves on here.
+    void goOnFrom(const Cell& previous);
 
     Q_INVOKABLE void press();
     Q_INVOKABLE void cancelPress() { deselect(false); }

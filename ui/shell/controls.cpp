@@ -1,5 +1,7 @@
 #include "ui/shell/controls.h"
 
+#include <QEasingCurve>
+#include <QPointF>
 #include <QPointer>
 #include <QTextBoundaryFinder>
 #include <algorithm>
@@ -9,12 +11,57 @@
 
 namespace skavlo {
 
+namespace {
+
+constexpr int kGlideMilliseconds = 250;
+
+QEasingCurve easeInOut() {
+    QEasingCurve curve(QEasingCurve::BezierSpline);
+    curve.addCubicBezierSegment({0.42, 0}, {0.58, 1}, {1, 1});
+    return curve;
+}
+
+}  // namespace
+
 SwitchControl::SwitchControl(std::shared_ptr<SKVFakeSwitch> itsSwitch, QObject* parent)
-    : QObject(parent), switch_(std::move(itsSwitch)) {
+    : QObject(parent), switch_(std::move(itsSwitch)), position_(isOn() ? 1 : 0) {
+    glide_.setDuration(kGlideMilliseconds);
+    glide_.setEasingCurve(easeInOut());
+    connect(&glide_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& value) { moveTo(value.toDouble()); });
     // The same switch may get another row before this one is gone, hence no clearing at the end.
     switch_->didChange = [self = QPointer(this)](bool animated) {
-        if (self) emit self->changed(animated);
+        if (!self) return;
+        self->follow(animated);
+        emit self->changed();
     };
+}
+
+void SwitchControl::glideOnFrom(const SwitchControl& previous) {
+    if (previous.switch_ != switch_ || previous.glide_.state() != QVariantAnimation::Running)
+        return;
+    glide_.setStartValue(previous.glide_.startValue());
+    glide_.setEndValue(previous.glide_.endValue());
+    glide_.start();
+    glide_.setCurrentTime(previous.glide_.currentTime());
+}
+
+void SwitchControl::follow(bool animated) {
+    const double end = isOn() ? 1 : 0;
+    const bool glides = glide_.state() == QVariantAnimation::Running;
+    if (animated) {
+        glide_.stop();
+        glide_.setStartValue(position_);
+        glide_.setEndValue(end);
+        glide_.start();
+    } else if (!glides || glide_.endValue().toDouble() != end) {
+        glide_.stop();
+        moveTo(end);
+    }
+}
+
+void SwitchControl::moveTo(double position) {
+    if (std::exchange(position_, position) != position) emit moved();
 }
 
 void SwitchControl::tap() {

@@ -5,6 +5,7 @@
 #include <QtQml/qqmlregistration.h>
 #include <QObject>
 #include <QString>
+#include <QVariantAnimation>
 #include <memory>
 
 #include "ui/table_view_cell.h"
@@ -17,18 +18,30 @@ class SwitchControl : public QObject {
     QML_UNCREATABLE("made by the screen")
     Q_PROPERTY(bool on READ isOn NOTIFY changed)
     Q_PROPERTY(bool loading READ isLoading NOTIFY changed)
+    // Where the thumb stands: 0 off, 1 on, between them while it glides.
+    Q_PROPERTY(double position READ position NOTIFY moved)
 
   public:
     SwitchControl(std::shared_ptr<SKVFakeSwitch> itsSwitch, QObject* parent);
+    // A reload has made this one of a switch that had another: a thumb that glides there glides on
+    // here. Of another switch nothing is taken.
+    void glideOnFrom(const SwitchControl& previous);
     [[nodiscard]] bool isOn() const { return switch_->isOn(); }
     [[nodiscard]] bool isLoading() const { return switch_->isLoading(); }
+    [[nodiscard]] double position() const { return position_; }
     Q_INVOKABLE void tap();
 
   signals:
-    void changed(bool animated);
+    void changed();
+    void moved();
 
   private:
+    void follow(bool animated);
+    void moveTo(double position);
+
     std::shared_ptr<SKVFakeSwitch> switch_;
+    double position_;
+    QVariantAnimation glide_;
 };
 
 class SliderControl : public QObject {

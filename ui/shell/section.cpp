@@ -2,6 +2,7 @@
 
 #include <QPointer>
 #include <QTimer>
+#include <algorithm>
 
 namespace skavlo {
 namespace {
@@ -14,6 +15,11 @@ void SectionContent::retire(bool fades) {
     current_ = false;
     fades_ = fades;
     emit currentChanged();
+}
+
+void SectionContent::goOnFrom(const SectionContent& previous) {
+    for (qsizetype row = 0; row < std::min(cells_.size(), previous.cells_.size()); ++row)
+        cells_[row]->goOnFrom(*previous.cells_[row]);
 }
 
 int Section::currentRowCount() const {
@@ -30,6 +36,7 @@ void Section::reload(const QString& title, bool fades,
     const int focusedRow = previous.isEmpty() ? -1 : previous.last()->focusedRow();
     auto* content = new SectionContent(fades && !previous.isEmpty(), focusedRow, this);
     fill(*content);
+    if (!previous.isEmpty()) content->goOnFrom(*previous.last());
     for (SectionContent* old : previous) old->retire(fades);
     title_ = title;
     beginInsertRows({}, static_cast<int>(contents_.size()), static_cast<int>(contents_.size()));

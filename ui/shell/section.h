@@ -32,6 +32,7 @@ class SectionContent : public QObject {
     [[nodiscard]] bool fades() const { return fades_; }
     [[nodiscard]] int focusedRow() const { return focusedRow_; }
     void retire(bool fades);
+    void goOnFrom(const SectionContent& previous);
 
   signals:
     void currentChanged();

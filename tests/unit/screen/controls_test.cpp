@@ -25,6 +25,43 @@ TEST_F(ScreenSwitch, TapGlidesForAQuarterOfASecond) {
     EXPECT_EQ(find("track", itsSwitch)->property("color").value<QColor>(), QColor("#E5E5EA"));
 }
 
+TEST_F(ScreenSwitch, RestoringTheDefaultsLetsBothTouchSwitchesGlide) {
+    open();
+    click(inRow(1, 2, "switch"));
+    step(260);
+    QQuickItem* const before = inRow(1, 2, "switch");
+    ASSERT_EQ(find("thumb", before)->x(), 22);
+    ASSERT_EQ(find("thumb", inRow(1, 1, "switch"))->x(), 2);
+    controller->skv_restoreDefaults();
+    settle();
+    ASSERT_NE(inRow(1, 2, "switch"), before) << "the reload makes new rows";
+    const auto thumbX = [this](int row) { return find("thumb", inRow(1, row, "switch"))->x(); };
+    EXPECT_EQ(thumbX(1), 2);
+    EXPECT_EQ(thumbX(2), 22);
+    step(125);
+    EXPECT_NEAR(thumbX(1), 12, 0.2);
+    EXPECT_NEAR(thumbX(2), 12, 0.2);
+    step(130);
+    EXPECT_EQ(thumbX(1), 22);
+    EXPECT_EQ(thumbX(2), 2);
+}
+
+TEST_F(ScreenSwitch, AReloadHalfwayNeitherHaltsNorProlongsTheGlide) {
+    open();
+    click(inRow(1, 2, "switch"));
+    step(125);
+    screen->reloadData();
+    settle();
+    EXPECT_NEAR(find("thumb", inRow(1, 2, "switch"))->x(), 12, 0.2);
+    step(65);
+    const double late = find("thumb", inRow(1, 2, "switch"))->x();
+    EXPECT_GT(late, 16);
+    EXPECT_LT(late, 22);
+    step(65);
+    EXPECT_EQ(find("thumb", inRow(1, 2, "switch"))->x(), 22);
+    EXPECT_EQ(find("thumb", inRow(1, 1, "switch"))->x(), 2);
+}
+
 TEST_F(ScreenSwitch, SpaceTapsIt) {
     open();
     inRow(2, 10, "switch")->forceActiveFocus(Qt::TabFocusReason);
