@@ -45,6 +45,7 @@ Item {
         color: "white"
 
         Rectangle {
+            objectName: "thumbBorder"
             anchors.fill: parent
             radius: parent.radius
             color: "transparent"

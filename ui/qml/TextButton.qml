@@ -27,12 +27,14 @@ Item {
     Accessible.onPressAction: clicked()
 
     Rectangle {
+        objectName: "buttonGround"
         anchors.fill: parent
         radius: button.groundRadius
         color: button.ground
     }
 
     Text {
+        objectName: "buttonText"
         anchors.fill: parent
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter

@@ -1,4 +1,6 @@
 // Frames as they are drawn, in points.
+#include <QQmlProperty>
+
 #include "tests/unit/screen/screen_fixture.h"
 
 namespace skavlo {
@@ -83,7 +85,64 @@ TEST_P(ScreenGeometry, SectionsAreInsetCards) {
 
 INSTANTIATE_TEST_SUITE_P(Widths, ScreenGeometry, testing::Values(320, 390, 768));
 
-using ScreenLook = ScreenFixture;
+class ScreenLook : public ScreenFixture {
+  protected:
+    [[nodiscard]] static QColor colour(const QQuickItem* item, const char* property = "color") {
+        return item->property(property).value<QColor>();
+    }
+    [[nodiscard]] static QFont font(const QQuickItem* item) {
+        return item->property("font").value<QFont>();
+    }
+};
+
+TEST_F(ScreenLook, ButtonsOfTheHeaderAreDrawnAsStated) {
+    open();
+    for (const char* name : {"languageButton", "infoButton"}) {
+        const QQuickItem* ground = find("buttonGround", find(name));
+        EXPECT_EQ(ground->property("radius"), 14) << name;
+        EXPECT_EQ(colour(ground), QColor("#1F767680")) << name;
+        EXPECT_EQ(ground->size(), QSizeF(70, 28)) << name;
+    }
+    const QQuickItem* title = find("buttonText", find("languageButton"));
+    EXPECT_EQ(title->property("text"), QString("EN / 中"));
+    EXPECT_EQ(font(title).pixelSize(), 13);
+    EXPECT_EQ(font(title).weight(), QFont::Medium);
+    EXPECT_EQ(colour(title), QColor("#000000"));
+}
+
+TEST_F(ScreenLook, TitlesAndAboutTextAreDrawnAsStated) {
+    open();
+    EXPECT_EQ(colour(find("about")), QColor("#993C3C43"));
+    EXPECT_EQ(font(find("navTitle")).weight(), QFont::Bold);
+    EXPECT_EQ(find("navIcon")->property("cornerRadius"), 6);
+    for (const char* name : {"navIcon", "headerIcon"}) {
+        EXPECT_TRUE(find(name)->property("aspectFill").toBool()) << name;
+        EXPECT_EQ(colour(find(name), "tintColor"), QColor("#8E8E93")) << name;
+    }
+}
+
+TEST_F(ScreenLook, SliderRowsAreDrawnAsStated) {
+    open();
+    const QQuickItem* name = inRow(2, 5, "sliderName");
+    EXPECT_EQ(name->property("minimumPixelSize"), 12);  // 0.8 of 15
+    EXPECT_EQ(colour(name), QColor("#000000"));
+    for (const auto& [button, text] : {std::pair{"minus", "-"}, std::pair{"plus", "+"}}) {
+        const QQuickItem* title = find("buttonText", inRow(2, 5, button));
+        EXPECT_EQ(title->property("text"), QString(text));
+        EXPECT_EQ(font(title).pixelSize(), 22) << button;
+        EXPECT_EQ(font(title).weight(), QFont::Bold) << button;
+        EXPECT_EQ(colour(title), QColor("#007AFF")) << button;
+    }
+    const QQuickItem* value = inRow(2, 5, "sliderValue");
+    EXPECT_EQ(colour(value), QColor("#808080"));
+    EXPECT_EQ(value->property("horizontalAlignment").toInt(), Qt::AlignRight);
+}
+
+TEST_F(ScreenLook, EmojiFieldIsAlignedToTheRight) {
+    open({.mode = 2});
+    const QQuickItem* field = inRow(2, 3, "emojiField");
+    EXPECT_EQ(field->property("horizontalAlignment").toInt(), Qt::AlignRight);
+}
 
 TEST_F(ScreenLook, SwitchIsDrawnAsStated) {
     open();
@@ -93,6 +152,16 @@ TEST_F(ScreenLook, SwitchIsDrawnAsStated) {
     EXPECT_EQ(frame(find("thumb", off)), QRectF(2, 2, 27, 27));
     EXPECT_EQ(frame(find("thumb", on)), QRectF(22, 2, 27, 27));
     EXPECT_EQ(find("track", on)->property("radius"), 15.5);
+    EXPECT_EQ(find("thumb", on)->property("radius"), 13.5);
+    EXPECT_EQ(colour(find("thumb", on)), QColor("#FFFFFF"));
+    const QQuickItem* border = find("thumbBorder", on);
+    EXPECT_EQ(frame(border), QRectF(0, 0, 27, 27));
+    EXPECT_EQ(border->property("radius"), 13.5);
+    const QQmlProperty width(const_cast<QQuickItem*>(border), "border.width");
+    const QQmlProperty black(const_cast<QQuickItem*>(border), "border.color");
+    EXPECT_EQ(width.read(), 1);
+    EXPECT_EQ(black.read().value<QColor>(), QColor::fromRgbF(0, 0, 0, 0.1F));
+    EXPECT_EQ(colour(find("spinner", on)), QColor("#808080"));
     EXPECT_EQ(find("track", off)->property("color").value<QColor>(), QColor("#E5E5EA"));
     EXPECT_EQ(find("track", on)->property("color").value<QColor>(), QColor("#34C759"));
 }
@@ -188,6 +257,23 @@ TEST_F(ScreenLook, TitleFadesWithTheScroll) {
     }
     table->setProperty("contentY", -144);
     EXPECT_EQ(find("navTitleView")->opacity(), 0);
+}
+
+TEST_F(ScreenLook, TheSplashRunsFromLightToDark) {
+    open({.splash = true});
+    ASSERT_EQ(screen->splash()->iconAlpha(), 0);
+    const QImage picture = window->grabWindow();
+    const int last = picture.height() - 1;
+    const std::pair<int, QColor> expected[] = {
+        {0, QColor(143, 126, 166)}, {last / 2, QColor(96, 84, 111)}, {last, QColor(48, 42, 56)}};
+    for (const auto& [y, wanted] : expected) {
+        for (const int x : {0, picture.width() / 2, picture.width() - 1}) {
+            const QColor seen = picture.pixelColor(x, y);
+            EXPECT_NEAR(seen.red(), wanted.red(), 1) << x << " " << y;
+            EXPECT_NEAR(seen.green(), wanted.green(), 1) << x << " " << y;
+            EXPECT_NEAR(seen.blue(), wanted.blue(), 1) << x << " " << y;
+        }
+    }
 }
 
 // With the icon and with the sign in its place.
