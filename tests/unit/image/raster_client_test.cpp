@@ -1,16 +1,14 @@
 #include "platform/linux/image/raster_client.h"
 
-#include <errno.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <filesystem>
 #include <string>
 
 #include "platform/linux/image/raster_protocol.h"
 #include "tests/unit/image/picture_files.h"
 #include "tests/unit/image/raster_fixture.h"
+#include "tests/unit/posix/leftovers.h"
 
 namespace skavlo {
 
@@ -31,15 +29,6 @@ std::string escaped(const void* data, std::size_t length) {
 
 std::string sayHeader(const RasterHeader& header) {
     return "printf '" + escaped(&header, sizeof header) + "'\n";
-}
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-bool hasChildren() {
-    return waitpid(-1, nullptr, WNOHANG | __WALL) >= 0 || errno != ECHILD;
 }
 
 }  // namespace

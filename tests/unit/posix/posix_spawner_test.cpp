@@ -1,6 +1,5 @@
 #include "platform/linux/posix/posix_spawner.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -10,24 +9,15 @@
 #include <array>
 #include <atomic>
 #include <cstdlib>
-#include <filesystem>
 #include <thread>
 #include <vector>
 
 #include "platform/linux/posix/system_wall_clock.h"
 #include "platform/linux/posix/unique_descriptor.h"
+#include "tests/unit/posix/leftovers.h"
 
 namespace skavlo {
 namespace {
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-bool hasChildren() {
-    return waitpid(-1, nullptr, WNOHANG | __WALL) >= 0 || errno != ECHILD;
-}
 
 SpawnDescription shell(const std::string& script) {
     return {.arguments = {"/bin/sh", "-c", script}};
