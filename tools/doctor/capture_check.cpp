@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "platform/linux/capture/event_socket_source.h"
+#include "platform/linux/capture/mirror_source.h"
 #include "platform/linux/capture/pipewire_source.h"
 #include "platform/linux/capture/process_events.h"
 #include "platform/linux/capture/x_grab_source.h"
 #include "platform/linux/loop/asio_run_loop.h"
 #include "platform/linux/posix/unix_socket.h"
+#include "platform/linux/window_servers/open.h"
 #include "tools/doctor/checks.h"
 
 namespace skavlo::doctor {
@@ -76,6 +79,13 @@ Finding processes(const Surroundings& surroundings) {
          "use a kernel with CONFIG_PROC_EVENTS, outside of containers"});
 }
 
+// As the overlay sees the outputs when it starts.
+Findings mirrors() {
+    AsioRunLoop loop;
+    auto opened = openWindowServer(loop);
+    return opened ? judgeMirroring(opened->server->layout()) : Findings();
+}
+
 Finding nothingKnown() {
     return {"capture",
             Level::warn,
@@ -87,6 +97,13 @@ Finding nothingKnown() {
 }
 
 }  // namespace
+
+Findings judgeMirroring(const OutputLayout& layout) {
+    if (!isMirrored(layout)) return {};
+    return {known({"多个输出显示同一画面（镜像），视为正在录屏：开启“仅录屏时显示”时标记照常显示",
+                   "outputs are mirrored, which counts as a capture of the screen: with \"Show in "
+                   "Record Only\" the markers are shown"})};
+}
 
 Findings withVerdict(Findings sources) {
     const bool anything = std::any_of(sources.begin(), sources.end(), [](const Finding& source) {
@@ -102,6 +119,7 @@ Findings checkCapture(const Surroundings& surroundings) {
     if (const auto path = compositorEventSocket(surroundings.variable))
         sources.push_back(events(*path));
     sources.push_back(processes(surroundings));
+    for (Finding& finding : mirrors()) sources.push_back(std::move(finding));
     return withVerdict(std::move(sources));
 }
 

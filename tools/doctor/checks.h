@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include "platform/linux/output_layout.h"
 #include "tools/doctor/finding.h"
 #include "tools/doctor/surroundings.h"
 
@@ -15,6 +16,9 @@ Findings checkHelper(const Surroundings& surroundings);
 Findings checkCapture(const Surroundings& surroundings);
 Findings checkFonts(const Surroundings& surroundings);
 Findings checkImages(const Surroundings& surroundings);
+
+// Of outputs that show the same region, which counts as a capture; nothing: there are none.
+Findings judgeMirroring(const OutputLayout& layout);
 
 // Adds what it means when no source can know whether the screen is captured.
 Findings withVerdict(Findings sources);

@@ -104,6 +104,21 @@ TEST_F(Doctor, OnX11WithoutRecordSaysWhatIsMissing) {
                           "unnoticed: the X server does not offer the extension RECORD → "));
 }
 
+TEST_F(Doctor, OnX11TellsOfMirroredOutputs) {
+    auto x = rig::XServer::start({.sizes = {{640, 480}}});
+    ASSERT_TRUE(x) << x.error().message;
+    EXPECT_THAT(visit({}, x->environment()).output, Not(HasSubstr("mirrored")));
+    for (const std::string arguments :
+         {"--addmode DUMMY1 640x480", "--output DUMMY1 --mode 640x480 --same-as DUMMY0"}) {
+        auto xrandr =
+            rig::Child::start({{"sh", "-c", "xrandr " + arguments}, x->environment(), {}, -1});
+        ASSERT_TRUE(xrandr) << xrandr.error().message;
+        ASSERT_EQ(xrandr->wait(rig::Deadline(kPatience)), 0) << arguments;
+    }
+    EXPECT_THAT(visit({}, x->environment()).output,
+                HasSubstr("\nok    capture   outputs are mirrored, which counts as a capture"));
+}
+
 TEST_F(Doctor, SeesPipeWire) {
     startServer();
     ASSERT_NO_FATAL_FAILURE(waitForFile(socketPath()));

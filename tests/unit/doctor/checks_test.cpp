@@ -136,6 +136,24 @@ TEST(CaptureVerdict, SaysWhatItMeansWhenNothingCanBeKnown) {
     EXPECT_NE(findings.back().what.en.find("stay hidden"), std::string::npos);
 }
 
+TEST(CaptureMirroring, IsAFindingThatSaysWhatItMeans) {
+    OutputLayout layout;
+    EXPECT_TRUE(judgeMirroring(layout).empty());
+    layout.outputs.resize(2);
+    layout.outputs[0].rect = {0, 0, 1920, 1080};
+    layout.outputs[1].rect = {1920, 0, 1920, 1080};
+    EXPECT_TRUE(judgeMirroring(layout).empty());
+    layout.outputs[1].rect = layout.outputs[0].rect;
+    const Findings findings = judgeMirroring(layout);
+    ASSERT_THAT(levels(findings), ElementsAre("ok"));
+    EXPECT_EQ(findings[0].check, "capture");
+    EXPECT_NE(findings[0].what.en.find("mirrored"), std::string::npos);
+    EXPECT_NE(findings[0].what.en.find("\"Show in Record Only\" the markers are shown"),
+              std::string::npos);
+    EXPECT_NE(findings[0].what.zh.find("镜像"), std::string::npos);
+    EXPECT_NE(findings[0].what.zh.find("“仅录屏时显示”时标记照常显示"), std::string::npos);
+}
+
 TEST_F(Checks, CaptureWithASilentEventSocket) {
     variables["HYPRLAND_INSTANCE_SIGNATURE"] = "x";
     variables["XDG_RUNTIME_DIR"] = directory;
