@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <seccomp.h>
 #include <signal.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <vector>
 
@@ -211,6 +213,54 @@ TEST_F(PersonaTest, RefusesWhatCannotBeRun) {
     ASSERT_EQ(chmod(executable_.c_str(), 0644), 0);
     expectRefused(callHud(), "the executable cannot be run");
 }
+
+// From here on the call fails in this process and in what it becomes, as in a sandbox that somebody
+// with rights has put around a whole session: set-uid still has its effect.
+bool forbid(int call, std::initializer_list<scmp_arg_cmp> when) {
+    const std::unique_ptr<void, decltype(&seccomp_release)> filter(seccomp_init(SCMP_ACT_ALLOW),
+                                                                   &seccomp_release);
+    return filter && seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0) == 0 &&
+           seccomp_rule_add_array(filter.get(), SCMP_ACT_ERRNO(EPERM), call,
+                                  static_cast<unsigned>(when.size()), when.begin()) == 0 &&
+           seccomp_load(filter.get()) == 0;
+}
+
+struct Forbidden {
+    const char* name;
+    int call;
+    bool ofRootOnly;  // with 0 as its first argument
+    const char* why;
+};
+
+class PersonaInASandbox : public PersonaTest, public testing::WithParamInterface<Forbidden> {};
+
+TEST_P(PersonaInASandbox, RefusesToGoOnHalfDone) {
+    const auto enter = [] {
+        const auto& [name, call, ofRootOnly, why] = GetParam();
+        const bool forbidden =
+            ofRootOnly ? forbid(call, {SCMP_A0(SCMP_CMP_EQ, 0)}) : forbid(call, {});
+        if (!forbidden || setresuid(kOrdinaryUser, kOrdinaryUser, kOrdinaryUser) != 0)
+            _exit(kCannotRun);
+    };
+    // Only root may enter such a sandbox; he takes the member's identity there.
+    expectRefused(call({persona_, "-hud"}, {}, {0, kMobile}, enter), GetParam().why);
+    expectRan(callHud());
+}
+
+constexpr const char* kState = "cannot leave the caller's state behind";
+constexpr const char* kNoRoot = "cannot become root";
+
+INSTANTIATE_TEST_SUITE_P(Calls, PersonaInASandbox,
+                         testing::Values(Forbidden{"Descriptors", SCMP_SYS(close_range), false,
+                                                   "cannot close descriptors"},
+                                         Forbidden{"Signals", SCMP_SYS(rt_sigprocmask), false,
+                                                   kState},
+                                         Forbidden{"Timers", SCMP_SYS(setitimer), false, kState},
+                                         Forbidden{"Folder", SCMP_SYS(chdir), false, kState},
+                                         Forbidden{"Groups", SCMP_SYS(setgroups), false, kNoRoot},
+                                         Forbidden{"Group", SCMP_SYS(setresgid), true, kNoRoot},
+                                         Forbidden{"User", SCMP_SYS(setresuid), true, kNoRoot}),
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST_F(PersonaTest, PassesDisplaySessionAndLanguage) {
     const Lines good{"CI_USE_SOFTWARE_RENDERER=1", "DISPLAY=:7",
