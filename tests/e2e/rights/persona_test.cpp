@@ -231,6 +231,9 @@ struct Forbidden {
     bool ofRootOnly;  // with 0 as its first argument
     const char* why;
 };
+void PrintTo(const Forbidden& forbidden, std::ostream* out) {
+    *out << forbidden.name;
+}
 
 class PersonaInASandbox : public PersonaTest, public testing::WithParamInterface<Forbidden> {};
 
