@@ -183,5 +183,16 @@ TEST_F(Heartbeat, AboutHalfOfTheTicksChangeThePixelAndEachChangeIsOneSmallFrame)
     EXPECT_EQ(windowServer.lastDamage()[0].width, TileMask::kTile);
 }
 
+TEST_F(CanvasVisibility, ACanvasThatIsGoneHearsNothingMore) {
+    launch();
+    g_skv_overlayAppDelegate.reset();
+    g_skv_heartbeatView.reset();
+    notifications.notify_post("com.oxbrel.skavlo.reload");
+    capture(true);
+    advance(5.1);  // a heartbeat would have come
+    loop.runPosted();
+    EXPECT_EQ(g_skv_heartbeatView, nullptr);
+}
+
 }  // namespace
 }  // namespace skavlo

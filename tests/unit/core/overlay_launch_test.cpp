@@ -16,7 +16,7 @@ class RecordingServer final : public WindowServer {
         log_.push_back(hid_.registered() ? "create, input enabled" : "create");
         frameAsked = frame;
         traitsAsked = traits;
-        return std::make_unique<RecordingWindow>(log_);
+        return std::make_unique<RecordingWindow>(log_, contextIdOfWindow);
     }
     void registerWindowWithContextID(std::uint32_t contextId, double level) override {
         log_.push_back("register " + std::to_string(contextId) + " at " + std::to_string(level));
@@ -24,12 +24,14 @@ class RecordingServer final : public WindowServer {
 
     Rect frameAsked;
     WindowTraits traitsAsked{};
+    std::uint32_t contextIdOfWindow = 77;
 
   private:
     class RecordingWindow final : public Window {
       public:
-        explicit RecordingWindow(std::vector<std::string>& log) : log_(log) {}
-        [[nodiscard]] std::uint32_t contextId() const override { return 77; }
+        RecordingWindow(std::vector<std::string>& log, std::uint32_t contextId)
+            : log_(log), contextId_(contextId) {}
+        [[nodiscard]] std::uint32_t contextId() const override { return contextId_; }
         void setHidden(bool hidden) override { log_.push_back(hidden ? "hide" : "unhide"); }
         void makeKeyAndVisible() override { log_.push_back("make key and visible"); }
         [[nodiscard]] bool readyForFrame() const override { return false; }
@@ -40,6 +42,7 @@ class RecordingServer final : public WindowServer {
 
       private:
         std::vector<std::string>& log_;
+        std::uint32_t contextId_;
     };
 
     HeadlessHidClient& hid_;
@@ -58,6 +61,13 @@ TEST_F(OverlayLaunch, TheCanvasLoadsBeforeTheWindowExistsAndRegistrationComesLas
     EXPECT_TRUE(g_skv_overlayAppDelegate->applicationDidFinishLaunchingWithOptions());
     EXPECT_THAT(log, ElementsAre("create, input enabled", "unhide", "make key and visible",
                                  "register 77 at 10000010.000000"));
+}
+
+TEST_F(OverlayLaunch, AContextIdOfZeroIsPassedAsItIs) {
+    server.contextIdOfWindow = 0;
+    g_skv_overlayAppDelegate = std::make_unique<OverlayAppDelegate>(services(), server);
+    g_skv_overlayAppDelegate->applicationDidFinishLaunchingWithOptions();
+    EXPECT_EQ(log.back(), "register 0 at 10000010.000000");
 }
 
 TEST_F(OverlayLaunch, TheWindowCoversTheMainScreenAndIsSecureAndIgnoredByHitTests) {
