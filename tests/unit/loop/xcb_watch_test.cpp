@@ -4,19 +4,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <asio/steady_timer.hpp>
-#include <optional>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/linux/xcb_reply.h"
+#include "tests/unit/input/support/event_log.h"
 #include "tests/unit/input/support/x_server.h"
 
 namespace skavlo::test {
 namespace {
 
 using ::testing::ElementsAre;
-
-constexpr std::chrono::seconds kPatience{10};
 
 class XcbWatchTest : public ::testing::Test {
   protected:
@@ -56,14 +55,6 @@ class XcbWatchTest : public ::testing::Test {
             xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
         ASSERT_TRUE(reply);
     }
-    bool runUntil(const std::function<bool()>& seen) {
-        context.restart();
-        asio::steady_timer patience(context, kPatience);
-        bool late = false;
-        patience.async_wait([&](const asio::error_code& error) { late = !error; });
-        while (!seen() && !late) context.run_one();
-        return seen();
-    }
     void killServer() { server_->kill(); }
 
     asio::io_context context{1};
@@ -86,14 +77,14 @@ TEST_F(XcbWatchTest, DeliversWhatComes) {
     start();
     changeProperty(XCB_ATOM_WM_NAME);
     watch->flush();
-    EXPECT_TRUE(runUntil([&] { return !changed.empty(); }));
+    EXPECT_TRUE(runUntil(context, [&] { return !changed.empty(); }));
 }
 
 TEST_F(XcbWatchTest, DeliversWhatWasReadBeforeItBegan) {
     changeProperty(XCB_ATOM_WM_NAME);
     sync();
     start();
-    EXPECT_TRUE(runUntil([&] { return !changed.empty(); }));
+    EXPECT_TRUE(runUntil(context, [&] { return !changed.empty(); }));
 }
 
 TEST_F(XcbWatchTest, DeliversWhatAReplyBroughtAlong) {
@@ -101,7 +92,7 @@ TEST_F(XcbWatchTest, DeliversWhatAReplyBroughtAlong) {
     changeProperty(XCB_ATOM_WM_NAME);
     sync();
     watch->flush();
-    EXPECT_TRUE(runUntil([&] { return !changed.empty(); }));
+    EXPECT_TRUE(runUntil(context, [&] { return !changed.empty(); }));
 }
 
 TEST_F(XcbWatchTest, DeliversWhatAReplyBroughtAlongBehindTheEvents) {
@@ -112,7 +103,7 @@ TEST_F(XcbWatchTest, DeliversWhatAReplyBroughtAlongBehindTheEvents) {
     });
     changeProperty(XCB_ATOM_WM_NAME);
     watch->flush();
-    EXPECT_TRUE(runUntil([&] { return changed.size() == 2; }));
+    EXPECT_TRUE(runUntil(context, [&] { return changed.size() == 2; }));
     EXPECT_THAT(changed, ElementsAre(XCB_ATOM_WM_NAME, XCB_ATOM_WM_CLASS));
 }
 
@@ -129,7 +120,7 @@ TEST_F(XcbWatchTest, SchedulesNothingWhenNothingWasRead) {
 TEST_F(XcbWatchTest, TellsOnceThatTheServerIsGone) {
     start();
     killServer();
-    EXPECT_TRUE(runUntil([&] { return lost; }));
+    EXPECT_TRUE(runUntil(context, [&] { return lost; }));
     lost = false;
     watch->flush();
     context.restart();
