@@ -6,7 +6,6 @@
 //
 // See circle_cover-inl.h for the coverages.
 #include "overlay/render/bands.h"
-#include "overlay/render/circle_look.h"
 #include "overlay/render/visibility.h"
 
 // Scalable vectors cannot be members, which this file makes use of.
@@ -37,8 +36,8 @@ constexpr float kFetched = 32.0F;  // of a circle's radius: what is larger takes
 HWY_ALIGN constexpr std::uint32_t kFirstLanes[16] = {~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U, ~0U};
 
 struct Brush {
-    HWY_INLINE Brush(const CircleLook& look, float opacity)
-        : paints(look.rim.data(), look.inside.data(), opacity),
+    HWY_INLINE Brush(const PreparedCircle& circle, float opacity)
+        : paints(circle.rim.data(), circle.inside.data(), opacity),
           rim(paints.solid(kCovered, 0)),
           inside(paints.solid(0, kCovered)) {}
 
@@ -219,11 +218,12 @@ HWY_INLINE void drawChords(const Canvas& canvas) {
 }
 
 HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
-                             const CircleLook& look, const Instance& instance, CircleRows& rows) {
-    rows.circle = {instance.x, instance.y, look.radius * instance.scale,
-                   look.innerRadius * instance.scale};
+                             const PreparedCircle& circle, const Instance& instance,
+                             CircleRows& rows) {
+    rows.circle = {instance.x, instance.y, circle.radius * instance.scale,
+                   circle.innerRadius * instance.scale};
     rows.clip = clip;
-    const Brush brush(look, std::min(instance.opacity, 1.0F));
+    const Brush brush(circle, std::min(instance.opacity, 1.0F));
     const int bottom = rows.prepare();
     while (rows.firstRow < bottom) {
         rows.count = std::min(kRowsAtOnce, bottom - rows.firstRow);
@@ -244,9 +244,9 @@ HWY_NOINLINE void drawCircle(const RenderTarget& target, const PixelRect& clip,
 
 // Asks for the pixels of the next circle while this one is drawn: copies lie anywhere on a screen
 // that is larger than the nearer caches.
-HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const CircleLook& look,
-                      const Instance& instance) {
-    const float radius = std::min(look.radius * instance.scale, kFetched);
+HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip,
+                      const PreparedCircle& circle, const Instance& instance) {
+    const float radius = std::min(circle.radius * instance.scale, kFetched);
     const auto within = [](float v, int low, int size)
                             HWY_ATTR { return int(std::clamp(v, float(low), float(low + size))); };
     const int left = within(instance.x - radius, clip.x, clip.width - 1);
@@ -260,17 +260,17 @@ HWY_INLINE void fetch(const RenderTarget& target, const PixelRect& clip, const C
     }
 }
 
-void drawAll(const RenderTarget& target, const PixelRect& clip, const CircleLook& look,
+void drawAll(const RenderTarget& target, const PixelRect& clip, const PreparedCircle& circle,
              std::span<const Instance> instances) {
     CircleRows rows;
     const Instance* waiting = nullptr;  // until the fetching of its pixels has got ahead
     for (const Instance& instance : instances) {
-        if (!visible(instance, 2.0 * look.radius, look.strongestAlpha)) continue;
-        fetch(target, clip, look, instance);
-        if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
+        if (!visible(instance, 2.0 * circle.radius, circle.strongestAlpha)) continue;
+        fetch(target, clip, circle, instance);
+        if (waiting != nullptr) drawCircle(target, clip, circle, *waiting, rows);
         waiting = &instance;
     }
-    if (waiting != nullptr) drawCircle(target, clip, look, *waiting, rows);
+    if (waiting != nullptr) drawCircle(target, clip, circle, *waiting, rows);
 }
 
 }  // namespace
@@ -282,14 +282,13 @@ HWY_AFTER_NAMESPACE();
 namespace skavlo {
 HWY_EXPORT(drawAll);
 
-void drawCircles(const RenderTarget& target, const PixelRect& clip, const CircleStyle& style,
+void drawCircles(const RenderTarget& target, const PixelRect& clip, const PreparedCircle& circle,
                  std::span<const Instance> instances) {
     const PixelRect area = drawable(target, clip);
-    const CircleLook look = circleLook(style);
-    if (area.empty() || !(look.radius > 0)) return;
-    const Bands bands(area, instances, look.radius);
+    if (area.empty() || !(circle.radius > 0)) return;
+    const Bands bands(area, instances, circle.radius);
     for (const Band& band : bands.all()) {
-        HWY_DYNAMIC_DISPATCH(drawAll)(target, band.clip, look, band.instances);
+        HWY_DYNAMIC_DISPATCH(drawAll)(target, band.clip, circle, band.instances);
     }
 }
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <span>
 
+#include "overlay/render/circle_style.h"
 #include "platform/bitmap.h"
 #include "platform/geometry.h"
-#include "settings/colour.h"
 
 namespace skavlo {
 
@@ -26,28 +26,21 @@ struct Instance {
     float opacity = 1;
 };
 
-// A disc of `fill` with a ring of `border` drawn over its rim, inside the diameter: under a
-// translucent border the fill shows through. A border wider than the radius covers the whole disc.
-struct CircleStyle {
-    double diameter = 0;  // at scale 1
-    double borderWidth = 0;
-    Colour fill;
-    Colour border;
-};
-
 class Sprite;  // a picture and its mip chain, see sprite.h
 
 // Instances are drawn in order, later above earlier, clipped to `clip` and the target. Instances
 // that cannot be seen (below half a pixel or one level of alpha, not finite, outside) cost nothing.
-void drawCircles(const RenderTarget& target, const PixelRect& clip, const CircleStyle& style,
+void drawCircles(const RenderTarget& target, const PixelRect& clip, const PreparedCircle& circle,
                  std::span<const Instance> instances);
 void drawSprites(const RenderTarget& target, const PixelRect& clip, const Sprite& sprite,
                  std::span<const Instance> instances);
 
 // The pixels that drawing the instance may touch, not clipped to any target; empty when invisible.
-PixelRect circleBounds(const CircleStyle& style, const Instance& instance);
+PixelRect circleBounds(const PreparedCircle& circle, const Instance& instance);
 PixelRect spriteBounds(const Sprite& sprite, const Instance& instance);
 
 void clear(const RenderTarget& target, const PixelRect& rect);
+// From a picture of the target's size without gaps between its rows, into the same places.
+void copy(const RenderTarget& target, const PixelRect& rect, const std::uint32_t* picture);
 
 }  // namespace skavlo

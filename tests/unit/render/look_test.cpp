@@ -315,8 +315,9 @@ TEST(Targets, NothingToDrawOn) {
     Bitmap bitmap = reference::blank(kSize);
     drawCircles({}, kWhole, style, {&instance, 1});
     drawCircles(reference::targetOf(bitmap), {}, style, {&instance, 1});
-    drawCircles(reference::targetOf(bitmap), kWhole, {-1, 0, {}, {}}, {&instance, 1});
-    drawCircles(reference::targetOf(bitmap), kWhole, {NAN, NAN, {1, 1, 1, 1}, {}}, {&instance, 1});
+    drawCircles(reference::targetOf(bitmap), kWhole, CircleStyle{-1, 0, {}, {}}, {&instance, 1});
+    drawCircles(reference::targetOf(bitmap), kWhole, CircleStyle{NAN, NAN, {1, 1, 1, 1}, {}},
+                {&instance, 1});
     drawSprites(reference::targetOf(bitmap), kWhole, none, {&instance, 1});
     EXPECT_TRUE(spriteBounds(none, instance).empty());
     EXPECT_EQ(bitmap.pixels, reference::blank(kSize).pixels);
