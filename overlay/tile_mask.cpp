@@ -1,6 +1,8 @@
 #include "overlay/tile_mask.h"
 
 #include <algorithm>
+#include <cstring>
+#include <functional>
 
 namespace skavlo {
 
@@ -19,6 +21,13 @@ TileMask::Range TileMask::tilesOf(const PixelRect& rect) const {
     return {left / kTile, top / kTile, (right + kTile - 1) / kTile, (bottom + kTile - 1) / kTile};
 }
 
+// The first tile of the mask from the index `from` on, `end` if there is none before it.
+int TileMask::nextTile(int from, int end) const {
+    const std::uint8_t* first = tiles_.data() + from;
+    const void* found = std::memchr(first, 1, static_cast<std::size_t>(end - from));
+    return found ? from + static_cast<int>(static_cast<const std::uint8_t*>(found) - first) : end;
+}
+
 bool TileMask::at(int column, int row) const {
     return tiles_[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) +
                   static_cast<std::size_t>(column)] != 0;
@@ -33,7 +42,13 @@ void TileMask::add(const PixelRect& rect) {
 }
 
 void TileMask::add(const TileMask& other) {
-    for (std::size_t i = 0; i < tiles_.size(); ++i) tiles_[i] |= other.tiles_[i];
+    std::transform(tiles_.begin(), tiles_.end(), other.tiles_.begin(), tiles_.begin(),
+                   std::bit_or());
+}
+
+void TileMask::keep(const TileMask& other) {
+    std::transform(tiles_.begin(), tiles_.end(), other.tiles_.begin(), tiles_.begin(),
+                   std::bit_and());
 }
 
 void TileMask::addAll() {
@@ -45,7 +60,7 @@ void TileMask::clear() {
 }
 
 bool TileMask::empty() const {
-    return std::all_of(tiles_.begin(), tiles_.end(), [](std::uint8_t tile) { return tile == 0; });
+    return nextTile(0, columns_ * rows_) == columns_ * rows_;
 }
 
 bool TileMask::touchesAny(const PixelRect& rect) const {
@@ -76,8 +91,11 @@ std::vector<PixelRect> TileMask::rects() const {
         const int height = std::min(kTile, frame_.height - top);
         const std::size_t current = result.size();
         std::size_t firstOpen = current;
-        for (int column = 0; column < columns_; ++column) {
-            if (!at(column, row)) continue;
+        const int rowBegin = row * columns_;
+        const auto next = [&](int column) {
+            return nextTile(rowBegin + column, rowBegin + columns_) - rowBegin;
+        };
+        for (int column = next(0); column < columns_; column = next(column)) {
             const int left = column * kTile;
             while (column < columns_ && at(column, row)) ++column;
             const int width = std::min(column * kTile, frame_.width) - left;

@@ -10,14 +10,15 @@ namespace skavlo {
 
 class TileMask {
   public:
-    static constexpr int kTile = 32;  // pixels
+    static constexpr int kTile = 16;  // pixels: a row of a tile is a line of the cache
 
     TileMask() = default;
     explicit TileMask(PixelSize frame);
 
     // Rectangles outside the frame, wholly or in part, are clipped.
     void add(const PixelRect& rect);
-    void add(const TileMask& other);  // of the same frame size
+    void add(const TileMask& other);   // of the same frame size
+    void keep(const TileMask& other);  // what is in the other as well
     void addAll();
     void clear();
 
@@ -33,6 +34,7 @@ class TileMask {
         int left, top, right, bottom;  // tiles, half open
     };
     [[nodiscard]] Range tilesOf(const PixelRect& rect) const;
+    [[nodiscard]] int nextTile(int from, int end) const;
     [[nodiscard]] bool at(int column, int row) const;
 
     PixelSize frame_;

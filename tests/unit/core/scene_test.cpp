@@ -75,13 +75,25 @@ TEST(TileMask, RectsCoverExactlyTheTilesAndDoNotOverlap) {
 }
 
 TEST(TileMask, CoversAllOnlyWhenEveryTileOfTheVisiblePartIsSet) {
+    constexpr int kSide = 2 * TileMask::kTile;
     TileMask mask({100, 100});
-    mask.add(PixelRect{0, 0, 40, 40});
-    EXPECT_TRUE(mask.coversAll({10, 10, 50, 50}));
-    EXPECT_FALSE(mask.coversAll({10, 10, 60, 50}));
+    mask.add(PixelRect{0, 0, kSide - 1, kSide - 1});
+    EXPECT_TRUE(mask.coversAll({10, 10, kSide - 10, kSide - 10}));
+    EXPECT_FALSE(mask.coversAll({10, 10, kSide - 9, kSide - 10}));
     EXPECT_TRUE(mask.coversAll({-50, -50, 60, 60}));
     EXPECT_TRUE(mask.coversAll({500, 500, 10, 10}));
     EXPECT_FALSE(mask.touchesAny({500, 500, 10, 10}));
+}
+
+TEST(TileMask, KeepsWhatIsInTheOtherAsWell) {
+    TileMask mask({100, 100});
+    mask.add(PixelRect{0, 0, 50, 50});
+    TileMask other({100, 100});
+    other.add(PixelRect{TileMask::kTile, 0, 100, 1});
+    mask.keep(other);
+    EXPECT_TRUE(mask.coversAll({TileMask::kTile, 0, 50 - TileMask::kTile, TileMask::kTile}));
+    EXPECT_FALSE(mask.touchesAny({0, 0, TileMask::kTile, 100}));
+    EXPECT_FALSE(mask.touchesAny({0, TileMask::kTile, 100, 100}));
 }
 
 TEST(DamageHistory, ABufferOfAgeNGetsTheChangesOfTheLastNFrames) {
@@ -112,18 +124,39 @@ TEST(DamageHistory, ABufferOfUnknownAgeGetsEverything) {
 
 class ScenePainting : public OverlayFixture {
   protected:
-    // What a painter that has drawn nothing before makes of the scene now.
-    std::vector<std::uint32_t> freshlyPainted() {
+    // The scene as it is now, everything in order, onto an empty screen.
+    std::vector<std::uint32_t> drawnInOrder() {
+        const PixelSize size = screen.pixels();
         std::vector<std::uint32_t> pixels(windowServer.pixels().size());
-        ScenePainter painter;
-        painter.paint(scene(), {pixels.data(), screen.pixels().width, screen.pixels(), 1},
-                      screen.scale(), lastRefresh);
+        const RenderTarget target{pixels.data(), size.width, size};
+        for (const Generation& generation : scene().generations()) {
+            const Look& look = *generation.look;
+            const auto& circle = std::get<CircleLook>(look.shape);
+            const CircleStyle style{look.size * screen.scale(), circle.borderWidth * screen.scale(),
+                                    circle.fill, circle.border};
+            const auto draw = [&](Point centre, double scale, double opacity) {
+                const Instance instance{static_cast<float>(centre.x * screen.scale()),
+                                        static_cast<float>(centre.y * screen.scale()),
+                                        static_cast<float>(scale),
+                                        static_cast<float>(look.opacity * opacity)};
+                drawCircles(target, {0, 0, size.width, size.height}, style,
+                            std::span(&instance, 1));
+            };
+            for (const TrailCopy& copy : generation.copies) {
+                const TrailState state = trailState(copy, generation.trailSeconds, lastRefresh);
+                draw(copy.centre, state.scale, state.opacity);
+            }
+            if (generation.hasMarker) {
+                draw(generation.centre, generation.scale.valueAt(lastRefresh),
+                     generation.opacity.valueAt(lastRefresh));
+            }
+        }
         return pixels;
     }
     MachTime lastRefresh = 0;
 };
 
-TEST_F(ScenePainting, FramesDrawnByDamageEqualFramesDrawnWhole) {
+TEST_F(ScenePainting, FramesDrawnByDamageEqualFramesDrawnInOrder) {
     launch();
     std::minstd_rand random(3);
     const auto pick = [&](int n) { return static_cast<double>(random() % n); };
@@ -139,12 +172,12 @@ TEST_F(ScenePainting, FramesDrawnByDamageEqualFramesDrawnWhole) {
         lastRefresh = loop.mach_absolute_time();
         loop.runPosted();
         if (scene().animating(lastRefresh)) {
-            ASSERT_EQ(windowServer.pixels(), freshlyPainted()) << "step " << step;
+            ASSERT_EQ(windowServer.pixels(), drawnInOrder()) << "step " << step;
         }
     }
 }
 
-TEST_F(ScenePainting, FramesDrawnIntoTwoBuffersOfAnyAgeEqualFramesDrawnWhole) {
+TEST_F(ScenePainting, FramesDrawnIntoTwoBuffersOfAnyAgeEqualFramesDrawnInOrder) {
     launch();
     std::minstd_rand random(5);
     const auto pick = [&](int n) { return static_cast<double>(random() % n); };
@@ -168,10 +201,35 @@ TEST_F(ScenePainting, FramesDrawnIntoTwoBuffersOfAnyAgeEqualFramesDrawnWhole) {
         const Frame frame{buffers[slot].data(), size.width, size, frames + 1 - lastFrame[slot]};
         if (painter.paint(scene(), frame, screen.scale(), lastRefresh).empty()) continue;
         lastFrame[slot] = ++frames;
-        ASSERT_EQ(buffers[slot], freshlyPainted()) << "step " << step;
+        ASSERT_EQ(buffers[slot], drawnInOrder()) << "step " << step;
         if (random() % 2 == 0) advance(0.1);
     }
     EXPECT_GT(frames, 100);
+}
+
+TEST_F(ScenePainting, TrailsThatCrossBetweenTwoRefreshesKeepTheirOrder) {
+    launch();
+    canvas().skv_handleTouch(1, {60, 200});
+    canvas().skv_handleTouch(2, {200, 60});
+    advance(0.2);
+    lastRefresh = loop.mach_absolute_time();
+    std::vector<std::uint32_t> pixels(windowServer.pixels().size());
+    const Frame frame{pixels.data(), screen.pixels().width, screen.pixels(), 1};
+    ScenePainter painter;
+    for (int step = 0; step < 14; ++step) {
+        const double along = 60 + 20.0 * step;
+        canvas().skv_handleTouch(2, {200, along});
+        painter.paint(scene(), frame, screen.scale(), lastRefresh);
+        ASSERT_EQ(pixels, drawnInOrder()) << "downwards, " << along;
+    }
+    for (int step = 0; step < 14; ++step) {
+        const double along = 60 + 20.0 * step;
+        canvas().skv_handleTouch(1, {along, 200});
+        painter.paint(scene(), frame, screen.scale(), lastRefresh);
+        ASSERT_EQ(pixels, drawnInOrder()) << "across, " << along;
+    }
+    EXPECT_GT(scene().generations()[0].copies.size(), 5U);
+    EXPECT_GT(scene().generations()[1].copies.size(), 5U);
 }
 
 TEST_F(ScenePainting, AMarkerIsCentredOnItsTouchAtEveryScale) {
