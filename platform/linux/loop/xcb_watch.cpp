@@ -23,6 +23,10 @@ void XcbWatch::flush() {
     if (!pumping_ && xcb_total_read(connection_) != delivered_) pumpSoon();
 }
 
+void XcbWatch::flushSoon() {
+    if (!pumping_) pumpSoon();  // pump() ends with a flush
+}
+
 void XcbWatch::pumpSoon() {
     if (std::exchange(scheduled_, true)) return;
     asio::post(context_, [this, alive = std::weak_ptr(alive_)] {

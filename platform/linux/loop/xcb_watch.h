@@ -33,6 +33,8 @@ class XcbWatch {
 
     // Sends what is written. What came in meanwhile is delivered through the loop.
     void flush();
+    // The same through the loop, for what may as well travel with a write that follows.
+    void flushSoon();
 
   private:
     void pump();

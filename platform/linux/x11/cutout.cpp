@@ -38,7 +38,8 @@ std::uint32_t opaqueColour(std::uint32_t premultiplied) {
 
 }  // namespace
 
-Cutout::Cutout(PixelSize size) : size_(size), rows_(static_cast<std::size_t>(size.height)) {}
+Cutout::Cutout(PixelSize size)
+    : size_(size), rows_(static_cast<std::size_t>(size.height)), cut_(rows_) {}
 
 void Cutout::update(const std::uint32_t* source, std::uint32_t* opaque,
                     std::span<const PixelRect> changed) {
@@ -52,7 +53,7 @@ void Cutout::update(const std::uint32_t* source, std::uint32_t* opaque,
 
 void Cutout::updateRow(const std::uint32_t* source, std::uint32_t* opaque, int y,
                        const PixelRect& rect) {
-    std::vector<Run> runs;
+    Row runs;
     const auto add = [&](int begin, int end) {
         if (begin >= end) return;
         if (!runs.empty() && runs.back().end == begin) {
@@ -63,19 +64,50 @@ void Cutout::updateRow(const std::uint32_t* source, std::uint32_t* opaque, int y
     };
     auto& row = rows_[static_cast<std::size_t>(y)];
     for (const Run& run : row) add(run.begin, std::min(run.end, rect.x));
+    const auto visible = [&](int x) { return source[x] >> 24U >= kVisibleAlpha; };
+    std::uint32_t last = 0;  // most neighbours are equal
+    std::uint32_t lastOpaque = 0;
     for (int x = rect.x; x < rect.right(); ++x) {
-        if (source[x] >> 24U < kVisibleAlpha) continue;
-        opaque[x] = opaqueColour(source[x]);
-        add(x, x + 1);
+        const int begin = x;
+        for (; x < rect.right() && visible(x); ++x) {
+            if (source[x] != last) lastOpaque = opaqueColour(last = source[x]);
+            opaque[x] = lastOpaque;
+        }
+        add(begin, x);
     }
     for (const Run& run : row) add(std::max(run.begin, rect.right()), run.end);
     row = std::move(runs);
+    auto& cut = cut_[static_cast<std::size_t>(y)];
+    cut = united(cut, row);
+    settled_ = settled_ && cut == row;
+}
+
+Cutout::Row Cutout::united(const Row& a, const Row& b) {
+    Row sorted(a.size() + b.size());
+    std::merge(a.begin(), a.end(), b.begin(), b.end(), sorted.begin(),
+               [](const Run& left, const Run& right) { return left.begin < right.begin; });
+    Row result;
+    for (const Run& run : sorted) {
+        if (!result.empty() && run.begin <= result.back().end) {
+            result.back().end = std::max(result.back().end, run.end);
+        } else {
+            result.push_back(run);
+        }
+    }
+    return result;
+}
+
+bool Cutout::settle() {
+    if (settled_) return false;
+    cut_ = rows_;
+    settled_ = true;
+    return true;
 }
 
 std::vector<PixelRect> Cutout::runs() const {
     std::vector<PixelRect> result;
-    for (std::size_t y = 0; y < rows_.size(); ++y) {
-        for (const Run& run : rows_[y]) {
+    for (std::size_t y = 0; y < cut_.size(); ++y) {
+        for (const Run& run : cut_[y]) {
             result.push_back({run.begin, static_cast<int>(y), run.end - run.begin, 1});
         }
     }

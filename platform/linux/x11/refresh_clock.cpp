@@ -25,10 +25,10 @@ RefreshClock::RefreshClock(AsioRunLoop& runLoop, X11Connection& connection, xcb_
 }
 
 void RefreshClock::request() {
-    requested_ = true;
+    if (std::exchange(requested_, true)) return;
     if (presentOpcode_ != 0) {
         xcb_present_notify_msc(connection_.get(), window_, 0, lastRefresh_ + 1, 0, 0);
-        connection_.flush();
+        connection_.flushSoon();  // mostly in one write with the frame
         return;
     }
     timer_ = runLoop_.scheduledTimer(kRefreshSeconds, false, [this] {

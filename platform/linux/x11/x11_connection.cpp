@@ -86,4 +86,8 @@ void X11Connection::flush() {
     watch_->flush();
 }
 
+void X11Connection::flushSoon() {
+    watch_->flushSoon();
+}
+
 }  // namespace skavlo

@@ -48,6 +48,7 @@ class X11Connection {
     void setIdleHandler(std::function<void()> handler) { idle_ = std::move(handler); }
 
     void flush();
+    void flushSoon();  // with what follows, or when the loop comes round
 
   private:
     X11Connection(AsioRunLoop& runLoop, xcb_connection_t* connection, int screenNumber);

@@ -52,9 +52,7 @@ X11Window::X11Window(AsioRunLoop& runLoop, X11Connection& connection, X11Outputs
     makeClickThrough();
     windowManagerCheck_ = connection_.atom("_NET_SUPPORTING_WM_CHECK");
     windowManagerChanged();
-    refreshClock_.emplace(runLoop_, connection_, window_, [this] {
-        if (handlers_.refresh) handlers_.refresh();
-    });
+    refreshClock_.emplace(runLoop_, connection_, window_, [this] { refresh(); });
     resetSlots();
     compositorChanged();
     connection_.addEventHandler([this](const xcb_generic_event_t& event) { handle(event); });
@@ -245,17 +243,34 @@ void X11Window::show(std::span<const PixelRect> damage) {
     }
     if (!frame.pixels() || !opaque_->pixels()) return;
     cutout_->update(frame.pixels(), opaque_->pixels(), damage);
+    if (settling_) cutout_->settle();
+    settling_ = false;
+    cut();
+    opaque_->put(window_, gc_, damage);
+    if (!cutout_->settled()) refreshClock_->request();
+}
+
+void X11Window::cut() {
     const auto shape = toXcb(cutout_->runs());
     const auto cutting = xcb_shape_rectangles(
         connection_.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
         window_, 0, 0, static_cast<std::uint32_t>(shape.size()), shape.data());
     cutting_ = static_cast<std::uint16_t>(cutting.sequence);
-    opaque_->put(window_, gc_, damage);
 }
 
 void X11Window::showAll() {
     const PixelRect whole{0, 0, rect_.width, rect_.height};
     show(std::span(&whole, 1));
+}
+
+void X11Window::refresh() {
+    settling_ = true;
+    if (handlers_.refresh) handlers_.refresh();
+    // No frame was drawn that would have done it.
+    if (std::exchange(settling_, false) && cutout_ && cutout_->settle()) {
+        cut();
+        connection_.flush();
+    }
 }
 
 void X11Window::requestRefresh() {

@@ -53,7 +53,9 @@ class X11Window final : public Window {
     void becomeReady();
     [[nodiscard]] std::size_t freeSlot() const;
     void resetSlots();
+    void refresh();
     void show(std::span<const PixelRect> damage);
+    void cut();
     void showAll();
 
     AsioRunLoop& runLoop_;
@@ -89,6 +91,7 @@ class X11Window final : public Window {
     // Only while no compositor runs.
     std::unique_ptr<Cutout> cutout_;
     std::unique_ptr<X11Buffer> opaque_;
+    bool settling_ = false;      // the display is about to refresh
     std::uint16_t cutting_ = 0;  // sequence of the last request that cut the window
 };
 

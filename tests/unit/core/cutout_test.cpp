@@ -37,11 +37,29 @@ TEST_F(CutoutTest, KeepsWhatLiesOutsideTheChangedRectangle) {
     set(4, 1, 0);
     set(0, 1, 0);  // changed, but not said so
     update({3, 0, 2, 3});
+    EXPECT_TRUE(cutout.settle());
     EXPECT_EQ(cutout.runs(), (std::vector<PixelRect>{{0, 1, 3, 1}, {5, 1, 3, 1}}));
     set(3, 1, 0xffffffff);
     set(4, 1, 0xffffffff);
     update({3, 0, 2, 3});
     EXPECT_EQ(cutout.runs(), (std::vector<PixelRect>{{0, 1, 8, 1}}));
+}
+
+TEST_F(CutoutTest, CutsInAtOnceAndCutsOutWhenToldTo) {
+    for (const int x : {1, 2, 3}) set(x, 1, 0xff112233);
+    set(6, 2, 0xff445566);
+    update({0, 0, 8, 3});
+    EXPECT_TRUE(cutout.settled());
+    for (const int x : {1, 2}) set(x, 1, 0);
+    for (const int x : {4, 6}) set(x, 1, 0xff112233);
+    set(6, 2, 0);
+    update({0, 0, 8, 3});
+    EXPECT_FALSE(cutout.settled());
+    EXPECT_EQ(cutout.runs(), (std::vector<PixelRect>{{1, 1, 4, 1}, {6, 1, 1, 1}, {6, 2, 1, 1}}));
+    EXPECT_EQ(opaque[8 + 1], 0xff112233U);
+    EXPECT_TRUE(cutout.settle());
+    EXPECT_EQ(cutout.runs(), (std::vector<PixelRect>{{3, 1, 2, 1}, {6, 1, 1, 1}}));
+    EXPECT_FALSE(cutout.settle());
 }
 
 TEST_F(CutoutTest, LeavesOutTheFaintestPixelsAndMakesTheOthersOpaque) {
