@@ -349,6 +349,20 @@ TEST_F(Overlay, WithoutACompositorTheWindowIsCutToTheMarkers) {
         [](const Bitmap& s) { return !isBackground(at(s, 400 - 25, 300)); }, "the marker");
     EXPECT_TRUE(isBackground(at(screen, 400 - 30, 300)));
     EXPECT_NEAR(at(screen, 400, 300) & 0xffU, 170, 2);
+    // More often than there are refreshes in its popping in.
+    int from = 400;
+    for (int i = 0; i < 10; ++i) {
+        const int to = 810 - from;
+        const int side = to > from ? 25 : -25;
+        touch().update(0, {static_cast<double>(to), 300});
+        captureUntil(
+            [&](const Bitmap& s) {
+                return !isBackground(at(s, to + side, 300)) &&
+                       isBackground(at(s, from - side, 300));
+            },
+            "the marker, and nothing where it was");
+        from = to;
+    }
     touch().end(0);
     untilClean();
 }
