@@ -7,6 +7,7 @@ namespace skavlo {
 namespace {
 
 struct Mode {
+    const char* name;
     int mode;
     bool border;
     std::vector<std::pair<const char*, const char*>> rows;  // Chinese, English
@@ -14,7 +15,8 @@ struct Mode {
 
 const std::vector<Mode>& modes() {
     static const std::vector<Mode> modes = {
-        {0,
+        {"Color",
+         0,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -28,7 +30,8 @@ const std::vector<Mode>& modes() {
           {"动画持续", "Duration"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {1,
+        {"Image",
+         1,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -40,7 +43,8 @@ const std::vector<Mode>& modes() {
           {"动画持续", "Duration"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {2,
+        {"EmojiWithBorder",
+         2,
          true,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -58,7 +62,8 @@ const std::vector<Mode>& modes() {
           {"边框宽度", "Border Width"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {2,
+        {"Emoji",
+         2,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -123,9 +128,16 @@ TEST_P(ScreenRows, ShowTheirTextsWhole) {
     EXPECT_TRUE(inRow(2, mode.mode, "checkmark"));
 }
 
+std::string nameOf(const std::tuple<std::size_t, bool, int>& rows) {
+    const auto [index, inEnglish, width] = rows;
+    return std::string(modes()[index].name) + (inEnglish ? "English" : "Chinese") +
+           std::to_string(width);
+}
+
 INSTANTIATE_TEST_SUITE_P(ModesLanguagesWidths, ScreenRows,
                          testing::Combine(testing::Range<std::size_t>(0, 4), testing::Bool(),
-                                          testing::Values(320, 390)));
+                                          testing::Values(320, 390)),
+                         [](const auto& suite) { return nameOf(suite.param); });
 
 using ScreenSelection = ScreenFixture;
 
