@@ -211,6 +211,24 @@ TEST_F(ScreenSelection, OnlyTheLinkInTheAboutTextOpens) {
     EXPECT_EQ(openedLinks[0], QString("https://channel.example"));
 }
 
+TEST_F(ScreenSelection, TheLinkIsReachedWithTabAndOpenedWithTheKeyboard) {
+    open();
+    QQuickItem* link = find("aboutLink");
+    QStringList reached;
+    for (int tab = 0; tab < 3; ++tab) {
+        key(Qt::Key_Tab);
+        reached.append(window->activeFocusItem()->objectName());
+    }
+    EXPECT_EQ(reached.join(' '), QString("languageButton infoButton aboutLink"));
+    ASSERT_EQ(window->activeFocusItem(), link);
+    EXPECT_TRUE(link->childItems().first()->property("shown").toBool()) << "the ring around it";
+    for (const Qt::Key opens : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter}) key(opens);
+    EXPECT_EQ(openedLinks, std::vector<QString>(3, "https://channel.example"));
+    EXPECT_EQ(window->activeFocusItem(), link);
+    for (const Qt::Key other : {Qt::Key_Escape, Qt::Key_A}) key(other);
+    EXPECT_EQ(openedLinks.size(), 3U);
+}
+
 TEST_F(ScreenSelection, RowsAreChosenWithTheKeyboard) {
     open();
     for (int tab = 0; tab < 8; ++tab) key(Qt::Key_Tab);  // header 3, switches 4, first row

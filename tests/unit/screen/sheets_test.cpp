@@ -320,7 +320,7 @@ TEST_F(ScreenFileList, KeyboardChoosesAnImage) {
 TEST_F(ScreenFileList, FoldersAreEnteredAndLeft) {
     openList();
     key(Qt::Key_Down);
-    key(Qt::Key_Return);
+    key(Qt::Key_Space);
     EXPECT_EQ(screen->fileList()->directory(), home.filePath("sub"));
     EXPECT_TRUE(screen->fileList()->isEmpty());
     key(Qt::Key_Backspace);
