@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Skavlo
 
 BottomSheet {
@@ -30,6 +31,26 @@ BottomSheet {
     }
 
     Flickable {
+        id: scroller
+
+        readonly property Item focusItem: Window.activeFocusItem
+
+        // What the keyboard has reached is to be seen, in a low window, too.
+        onFocusItemChanged: {
+            let ancestor = sheet.screen.keyboardNavigation ? focusItem : null;
+            while (ancestor && ancestor !== controls)
+                ancestor = ancestor.parent;
+            if (!ancestor)
+                return;
+            const room = 4;
+            const top = focusItem.mapToItem(controls, 0, 0).y - room;
+            const bottom = top + focusItem.height + 2 * room;
+            if (top < contentY)
+                contentY = Math.max(0, top);
+            else if (bottom > contentY + height)
+                contentY = Math.min(bottom, contentHeight) - height;
+        }
+
         anchors.fill: parent
         contentHeight: controls.height + 24
         clip: true

@@ -12,6 +12,7 @@ enum Key : std::uint32_t {
     kTab = 0xff09,
     kReturn = 0xff0d,
     kEscape = 0xff1b,
+    kUp = 0xff52,
     kRight = 0xff53,
     kDown = 0xff54,
     kSpace = 0x0020
@@ -88,6 +89,33 @@ TEST_F(WithoutPointer, AssistiveTechnologyChoosesAnyEmojiOfTheGrid) {
         ASSERT_TRUE(application().tree().press(rig::kButtonRole, emoji));
         EXPECT_TRUE(emojiBecomes(emoji));
     }
+}
+
+TEST_F(WithoutPointer, TheKeyboardWorksSwitchesSlidersAndAlerts) {
+    ASSERT_NO_FATAL_FAILURE(openMode(0));
+    ASSERT_TRUE(tabTo("单指显示"));
+    type(kSpace);
+    EXPECT_TRUE(settingBecomes("singleFingerMode", true));
+    ASSERT_TRUE(tabTo("圆圈大小"));
+    EXPECT_EQ(application().tree().focused()->role, rig::kSliderRole);
+    type(kRight);
+    EXPECT_TRUE(settingBecomes("colorSize", 56.0));
+    type(kDown);
+    EXPECT_TRUE(settingBecomes("colorSize", 55.0));
+    type(kUp);
+    EXPECT_TRUE(settingBecomes("colorSize", 56.0));
+    ASSERT_TRUE(tabTo("恢复设置"));
+    type(kReturn);
+    ASSERT_TRUE(focusBecomes("取消"));
+    type(kEscape);
+    EXPECT_TRUE(goes("alert", "恢复设置"));
+    EXPECT_TRUE(focusBecomes("恢复设置"));
+    EXPECT_EQ(settings()["colorSize"], PropertyValue(56.0));
+    type(kReturn);
+    ASSERT_TRUE(focusBecomes("取消"));
+    EXPECT_EQ(typeAndFollow(kTab), "恢复");
+    type(kSpace);
+    EXPECT_TRUE(settingBecomes("colorSize", 55.0));
 }
 
 TEST_F(WithoutPointer, TheLinkIsOpenedByTheDesktop) {

@@ -1,4 +1,5 @@
 // Every row of every mode, selection, reloads and the header's actions.
+#include <functional>
 #include <tuple>
 
 #include "tests/unit/screen/screen_fixture.h"
@@ -238,6 +239,43 @@ TEST_F(ScreenSelection, RowsAreChosenWithTheKeyboard) {
     key(Qt::Key_Return);
     EXPECT_EQ(intValue(lookUp(settings(), "displayMode")), 1);
     EXPECT_EQ(window->activeFocusItem(), row(2, 1));  // the new row has what the old one had
+}
+
+// Everything that takes the keyboard, once, from top to bottom, and back again.
+TEST_F(ScreenSelection, TabGoesThroughAllControlsInTheirOrder) {
+    open({.mode = 2, .emojiBorder = true});
+    QList<QQuickItem*> controls;
+    const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+        if (!item->isVisible() || !item->isEnabled()) return;
+        if (item->activeFocusOnTab()) controls.append(item);
+        for (QQuickItem* child : item->childItems()) collect(child);
+    };
+    collect(find("content"));
+    // Header 3, switches 6, choices of the mode 3, emoji field and button, sliders 7, wells 2,
+    // restore.
+    ASSERT_EQ(controls.size(), 24);
+    QList<QQuickItem*> reached;
+    double lowest = -1;
+    for (qsizetype i = 0; i < controls.size(); ++i) {
+        key(Qt::Key_Tab);
+        QQuickItem* item = window->activeFocusItem();
+        ASSERT_TRUE(item);
+        EXPECT_FALSE(reached.contains(item)) << item->objectName().toStdString();
+        reached.append(item);
+        // Those of one row may differ in height by less than half of it.
+        const double y = frameIn(item, find("column")).center().y();
+        EXPECT_GT(y, lowest - 22) << item->objectName().toStdString();
+        lowest = std::max(lowest, y);
+    }
+    for (QQuickItem* control : controls) {
+        EXPECT_TRUE(reached.contains(control)) << control->objectName().toStdString();
+    }
+    key(Qt::Key_Tab);
+    EXPECT_EQ(window->activeFocusItem(), reached.first()) << "and begins anew";
+    for (qsizetype i = reached.size() - 1; i >= 0; --i) {
+        key(Qt::Key_Backtab, Qt::ShiftModifier);
+        EXPECT_EQ(window->activeFocusItem(), reached[i]) << i;
+    }
 }
 
 TEST_F(ScreenSelection, TabKeepsTheFocusInSight) {
