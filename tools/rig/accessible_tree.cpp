@@ -83,24 +83,42 @@ Object<AtspiAccessible> childOf(AtspiAccessible* parent, int index) {
     return Object<AtspiAccessible>(atspi_accessible_get_child_at_index(parent, index, nullptr));
 }
 
-// Each question to the program takes its time, so only the one found is asked for everything.
-std::optional<AccessibleItem> findBelow(AtspiAccessible* parent, const std::string& role,
-                                        const std::string& name) {
+// Null: there is none. Each question to the program takes its time, so only what tells them apart
+// is asked for.
+Object<AtspiAccessible> findBelow(AtspiAccessible* parent, const std::string& role,
+                                  const std::string& name) {
     const int count = atspi_accessible_get_child_count(parent, nullptr);
     for (int i = 0; i < count; ++i) {
-        const auto child = childOf(parent, i);
+        auto child = childOf(parent, i);
         if (!child) {
             continue;
         }
         if (taken(atspi_accessible_get_name(child.get(), nullptr)) == name &&
             taken(atspi_accessible_get_role_name(child.get(), nullptr)) == role) {
-            return itemOf(child.get());
+            return child;
         }
         if (auto found = findBelow(child.get(), role, name)) {
             return found;
         }
     }
-    return std::nullopt;
+    return nullptr;
+}
+
+// What lies around the one that has the focus may say that it has it, too.
+Object<AtspiAccessible> innermostFocused(AtspiAccessible* parent) {
+    Object<AtspiAccessible> result;
+    const int count = atspi_accessible_get_child_count(parent, nullptr);
+    for (int i = 0; i < count && !result; ++i) {
+        auto child = childOf(parent, i);
+        if (!child) {
+            continue;
+        }
+        result = innermostFocused(child.get());
+        if (!result && hasState(child.get(), ATSPI_STATE_FOCUSED)) {
+            result = std::move(child);
+        }
+    }
+    return result;
 }
 
 // Null: no program of this name is there yet.
@@ -138,7 +156,25 @@ Result<AccessibleTree> AccessibleTree::open(const std::string& application,
 
 std::optional<AccessibleItem> AccessibleTree::find(const std::string& role,
                                                    const std::string& name) const {
-    return findBelow(static_cast<AtspiAccessible*>(application_.get()), role, name);
+    const auto found = findBelow(static_cast<AtspiAccessible*>(application_.get()), role, name);
+    return found ? std::optional(itemOf(found.get())) : std::nullopt;
+}
+
+std::optional<AccessibleItem> AccessibleTree::focused() const {
+    const auto found = innermostFocused(static_cast<AtspiAccessible*>(application_.get()));
+    return found ? std::optional(itemOf(found.get())) : std::nullopt;
+}
+
+bool AccessibleTree::press(const std::string& role, const std::string& name) const {
+    const auto found = findBelow(static_cast<AtspiAccessible*>(application_.get()), role, name);
+    if (!found) {
+        return false;
+    }
+    const auto actions = actionsOf(found.get());
+    const auto which = std::find(actions.begin(), actions.end(), kPressAction);
+    const Object<AtspiAction> action(atspi_accessible_get_action_iface(found.get()));
+    return which != actions.end() &&
+           atspi_action_do_action(action.get(), static_cast<int>(which - actions.begin()), nullptr);
 }
 
 }  // namespace skavlo::rig

@@ -13,6 +13,8 @@
 
 namespace skavlo::rig {
 
+inline constexpr const char* kPressAction = "Press";
+
 struct AccessibleItem {
     std::string role;  // "push button", "slider", "check box" ...
     std::string name;
@@ -43,6 +45,10 @@ class AccessibleTree {
     // The first one with this role and name, parents before children; asked for afresh each time.
     [[nodiscard]] std::optional<AccessibleItem> find(const std::string& role,
                                                      const std::string& name) const;
+    // The innermost one that has the keyboard's focus.
+    [[nodiscard]] std::optional<AccessibleItem> focused() const;
+    // Has it do what a click on it would do; false: it is not there or offers no such thing.
+    [[nodiscard]] bool press(const std::string& role, const std::string& name) const;
 
   private:
     explicit AccessibleTree(std::shared_ptr<void> application)

@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -20,6 +21,9 @@ constexpr const char* kDescription =
     "<method name='Read'><arg type='s' direction='in'/><arg type='s' direction='in'/>"
     "<arg type='v' direction='out'/></method>"
     "<signal name='SettingChanged'><arg type='s'/><arg type='s'/><arg type='v'/></signal>"
+    "</interface><interface name='org.freedesktop.portal.OpenURI'>"
+    "<method name='OpenURI'><arg type='s' direction='in'/><arg type='s' direction='in'/>"
+    "<arg type='a{sv}' direction='in'/><arg type='o' direction='out'/></method>"
     "</interface></node>";
 
 // What the desktop prefers: 1 is dark, 2 is light.
@@ -44,8 +48,16 @@ struct DesktopPortal::Service {
     Service& operator=(const Service&) = delete;
 
     static void answer(GDBusConnection* /*bus*/, const char* /*sender*/, const char* /*path*/,
-                       const char* /*interface*/, const char* /*method*/, GVariant* parameters,
+                       const char* interface, const char* /*method*/, GVariant* parameters,
                        GDBusMethodInvocation* invocation, gpointer service) {
+        auto& self = *static_cast<Service*>(service);
+        if (std::string(interface) == kInterface) {
+            self.read(parameters, invocation);
+        } else {
+            self.openLink(parameters, invocation);
+        }
+    }
+    void read(GVariant* parameters, GDBusMethodInvocation* invocation) const {
         const char* space = nullptr;
         const char* key = nullptr;
         g_variant_get(parameters, "(&s&s)", &space, &key);
@@ -56,8 +68,28 @@ struct DesktopPortal::Service {
         }
         // A variant within a variant, as this method has always answered.
         g_dbus_method_invocation_return_value(
-            invocation, g_variant_new("(v)", g_variant_new_variant(
-                                                 schemeOf(static_cast<Service*>(service)->dark))));
+            invocation, g_variant_new("(v)", g_variant_new_variant(schemeOf(dark))));
+    }
+    void openLink(GVariant* parameters, GDBusMethodInvocation* invocation) {
+        const char* link = nullptr;
+        g_variant_get_child(parameters, 1, "&s", &link);
+        {
+            const std::lock_guard lock(mutex);
+            links.emplace_back(link);
+        }
+        g_dbus_method_invocation_return_value(
+            invocation, g_variant_new("(o)", "/org/freedesktop/portal/desktop/request/link"));
+    }
+    bool registerAll() {
+        static const GDBusInterfaceVTable kTable{answer, nullptr, nullptr, {}};
+        description = g_dbus_node_info_new_for_xml(kDescription, nullptr);
+        for (GDBusInterfaceInfo** one = description->interfaces; *one; ++one) {
+            if (g_dbus_connection_register_object(bus, kPath, *one, &kTable, this, nullptr,
+                                                  nullptr) == 0) {
+                return false;
+            }
+        }
+        return true;
     }
 
     // False: the bus refuses.
@@ -73,11 +105,7 @@ struct DesktopPortal::Service {
                             nullptr, nullptr, nullptr)
                       : nullptr;
         g_free(address);
-        static const GDBusInterfaceVTable kTable{answer, nullptr, nullptr, {}};
-        description = g_dbus_node_info_new_for_xml(kDescription, nullptr);
-        const bool ready =
-            bus && g_dbus_connection_register_object(bus, kPath, description->interfaces[0],
-                                                     &kTable, this, nullptr, nullptr) != 0;
+        const bool ready = bus && registerAll();
         GVariant* owned =
             ready ? g_dbus_connection_call_sync(
                         bus, "org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -93,6 +121,8 @@ struct DesktopPortal::Service {
     }
 
     std::atomic<bool> dark;
+    std::mutex mutex;
+    std::vector<std::string> links;
     GMainContext* context = nullptr;
     GDBusConnection* bus = nullptr;
     GDBusNodeInfo* description = nullptr;
@@ -119,6 +149,11 @@ void DesktopPortal::setDark(bool dark) {
                                   g_variant_new("(ssv)", kNamespace, kKey, schemeOf(dark)),
                                   nullptr);
     g_dbus_connection_flush_sync(service_->bus, nullptr, nullptr);
+}
+
+std::vector<std::string> DesktopPortal::openedLinks() const {
+    const std::lock_guard lock(service_->mutex);
+    return service_->links;
 }
 
 }  // namespace skavlo::rig

@@ -1,7 +1,9 @@
-// A desktop's settings as programs ask for them on the message bus.
+// A desktop's settings as programs ask for them on the message bus, and its way to open links.
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "platform/result.h"
 
@@ -14,6 +16,8 @@ class DesktopPortal {
 
     // Tells every program of the change.
     void setDark(bool dark);
+    // What programs asked it to open, oldest first.
+    [[nodiscard]] std::vector<std::string> openedLinks() const;
 
     DesktopPortal(DesktopPortal&&) noexcept;
     DesktopPortal& operator=(DesktopPortal&&) noexcept;

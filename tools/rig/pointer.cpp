@@ -59,6 +59,20 @@ bool Pointer::drag(const std::vector<PixelPoint>& places) {
     return done && release();
 }
 
+bool Pointer::focusWindowAt(PixelPoint place) {
+    const auto cookie = xcb_translate_coordinates(display_.get(), display_.root(), display_.root(),
+                                                  static_cast<std::int16_t>(place.x),
+                                                  static_cast<std::int16_t>(place.y));
+    const XcbPointer<xcb_translate_coordinates_reply_t> reply(
+        xcb_translate_coordinates_reply(display_.get(), cookie, nullptr));
+    if (!reply || reply->child == XCB_NONE) {
+        return false;
+    }
+    xcb_set_input_focus(display_.get(), XCB_INPUT_FOCUS_POINTER_ROOT, reply->child,
+                        XCB_CURRENT_TIME);
+    return display_.sync();
+}
+
 bool Pointer::type(std::uint32_t keysym) {
     const auto key = keyCodeOf(display_, keysym);
     return key && fake(XCB_KEY_PRESS, *key) && fake(XCB_KEY_RELEASE, *key);

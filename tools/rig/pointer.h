@@ -24,6 +24,8 @@ class Pointer {
     bool click(PixelPoint place);
     // Pressed at the first place, moved through the others, released at the last.
     bool drag(const std::vector<PixelPoint>& places);
+    // Gives the keyboard to the window at this place, which is a window manager's part elsewhere.
+    bool focusWindowAt(PixelPoint place);
     // With the key code of this symbol in the server's own table; false also: no key has it.
     bool type(std::uint32_t keysym);
 

@@ -16,7 +16,8 @@ constexpr double kThumb = 28.0;  // points; the thumb's middle cannot come close
 
 Result<SettingsApplication> SettingsApplication::start(const XServer& server,
                                                        const Display& display,
-                                                       const std::string& executable) {
+                                                       const std::string& executable,
+                                                       const std::vector<std::string>& more) {
     auto environment = server.environment();
     environment.emplace_back("WAYLAND_DISPLAY");
     auto bus = SessionBus::start(environment);
@@ -26,6 +27,7 @@ Result<SettingsApplication> SettingsApplication::start(const XServer& server,
     bus->enterEnvironment();
     environment.push_back(bus->environment());
     environment.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
+    environment.insert(environment.end(), more.begin(), more.end());
     auto process = Child::start({{executable}, environment, {}, -1});
     if (!process) {
         return process.error();

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/result.h"
 #include "tools/rig/accessible_tree.h"
@@ -22,9 +23,11 @@ inline constexpr const char* kSwitchRole = "check box";
 class SettingsApplication {
   public:
     // Returns once the splash is over. One in a process's life, because the accessibility bus is
-    // chosen once. The display, which outlives this, is of the same server.
+    // chosen once. The display, which outlives this, is of the same server. More variables for it
+    // alone: NAME=VALUE.
     static Result<SettingsApplication> start(const XServer& server, const Display& display,
-                                             const std::string& executable);
+                                             const std::string& executable,
+                                             const std::vector<std::string>& more = {});
 
     [[nodiscard]] Child& process() { return process_; }
     [[nodiscard]] Pointer& pointer() { return pointer_; }

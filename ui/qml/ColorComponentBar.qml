@@ -6,7 +6,7 @@ Item {
     id: component
 
     property alias name: bar.name
-    property alias value: bar.value
+    property alias fraction: bar.fraction
     property alias showFocus: bar.showFocus
     property color from
     property color to
@@ -45,8 +45,8 @@ Item {
         height: parent.height
         horizontalAlignment: Text.AlignRight
         verticalAlignment: Text.AlignVCenter
-        text: component.percent ? Math.round(component.value * 100) + "%"
-                                : Math.round(component.value * 255)
+        text: component.percent ? Math.round(component.fraction * 100) + "%"
+                                : Math.round(component.fraction * 255)
         color: Theme.secondaryLabel
         font.pixelSize: 14
     }

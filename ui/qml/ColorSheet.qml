@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Skavlo
 
 BottomSheet {
@@ -30,6 +31,26 @@ BottomSheet {
     }
 
     Flickable {
+        id: scroller
+
+        readonly property Item focusItem: Window.activeFocusItem
+
+        // What the keyboard has reached is to be seen, in a low window, too.
+        onFocusItemChanged: {
+            let ancestor = sheet.screen.keyboardNavigation ? focusItem : null;
+            while (ancestor && ancestor !== controls)
+                ancestor = ancestor.parent;
+            if (!ancestor)
+                return;
+            const room = 4;
+            const top = focusItem.mapToItem(controls, 0, 0).y - room;
+            const bottom = top + focusItem.height + 2 * room;
+            if (top < contentY)
+                contentY = Math.max(0, top);
+            else if (bottom > contentY + height)
+                contentY = Math.min(bottom, contentHeight) - height;
+        }
+
         anchors.fill: parent
         contentHeight: controls.height + 24
         clip: true
@@ -132,7 +153,7 @@ BottomSheet {
                 width: parent.width
                 name: sheet.screen.texts.hue
                 showFocus: sheet.screen.keyboardNavigation
-                value: sheet.ready ? sheet.picker.hue : 0
+                fraction: sheet.ready ? sheet.picker.hue : 0
                 onMoved: value => sheet.picker.hue = value
                 gradient: Gradient {
                     orientation: Gradient.Horizontal
@@ -151,7 +172,7 @@ BottomSheet {
                 width: parent.width
                 name: sheet.screen.texts.red
                 showFocus: sheet.screen.keyboardNavigation
-                value: sheet.ready ? sheet.picker.red : 0
+                fraction: sheet.ready ? sheet.picker.red : 0
                 from: Qt.rgba(0, sheet.opaque.g, sheet.opaque.b, 1)
                 to: Qt.rgba(1, sheet.opaque.g, sheet.opaque.b, 1)
                 onMoved: value => sheet.picker.red = value
@@ -162,7 +183,7 @@ BottomSheet {
                 width: parent.width
                 name: sheet.screen.texts.green
                 showFocus: sheet.screen.keyboardNavigation
-                value: sheet.ready ? sheet.picker.green : 0
+                fraction: sheet.ready ? sheet.picker.green : 0
                 from: Qt.rgba(sheet.opaque.r, 0, sheet.opaque.b, 1)
                 to: Qt.rgba(sheet.opaque.r, 1, sheet.opaque.b, 1)
                 onMoved: value => sheet.picker.green = value
@@ -173,7 +194,7 @@ BottomSheet {
                 width: parent.width
                 name: sheet.screen.texts.blue
                 showFocus: sheet.screen.keyboardNavigation
-                value: sheet.ready ? sheet.picker.blue : 0
+                fraction: sheet.ready ? sheet.picker.blue : 0
                 from: Qt.rgba(sheet.opaque.r, sheet.opaque.g, 0, 1)
                 to: Qt.rgba(sheet.opaque.r, sheet.opaque.g, 1, 1)
                 onMoved: value => sheet.picker.blue = value
@@ -185,7 +206,7 @@ BottomSheet {
                 name: sheet.screen.texts.opacity
                 showFocus: sheet.screen.keyboardNavigation
                 percent: true
-                value: sheet.ready ? sheet.picker.alpha : 0
+                fraction: sheet.ready ? sheet.picker.alpha : 0
                 from: Qt.rgba(sheet.opaque.r, sheet.opaque.g, sheet.opaque.b, 0)
                 to: sheet.opaque
                 onMoved: value => sheet.picker.alpha = value

@@ -40,6 +40,7 @@ BottomSheet {
             height: grid.cellHeight
             Accessible.role: Accessible.Button
             Accessible.name: modelData
+            Accessible.focusable: true
             Accessible.onPressAction: sheet.screen.chooseEmoji(modelData)
 
             Text {

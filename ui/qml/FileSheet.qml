@@ -52,6 +52,7 @@ BottomSheet {
         model: sheet.files
         Keys.onReturnPressed: sheet.files.choose(currentIndex)
         Keys.onEnterPressed: sheet.files.choose(currentIndex)
+        Keys.onSpacePressed: sheet.files.choose(currentIndex)
         Keys.onPressed: event => {
             if (event.key !== Qt.Key_Backspace)
                 return;
@@ -81,6 +82,7 @@ BottomSheet {
             height: Theme.rowHeight
             Accessible.role: Accessible.ListItem
             Accessible.name: isParent ? sheet.screen.texts.parentFolder : name
+            Accessible.focusable: true
             Accessible.onPressAction: sheet.files.choose(index)
 
             Rectangle {

@@ -69,7 +69,7 @@ Rectangle {
         color: Theme.alert
         border.width: 1
         border.color: Theme.separator
-        Accessible.role: Accessible.Indicator
+        Accessible.role: Accessible.Animation
         Accessible.name: root.screen.texts.busy
 
         Spinner {

@@ -6,6 +6,9 @@ Item {
     id: bar
 
     property string name
+    // Where the knob stands, 0 to 1; bound by whoever shows the bar and hears where it is to move.
+    property real fraction: 0
+    // What a screen reader reads, and may set.
     property real value: 0
     readonly property real minimumValue: 0
     readonly property real maximumValue: 1
@@ -15,12 +18,22 @@ Item {
     property bool showFocus: false
     signal moved(real value)
 
+    function moveTo(place: real) {
+        moved(Math.max(0, Math.min(1, place)));
+    }
     function step(by: real) {
-        moved(Math.max(0, Math.min(1, value + by)));
+        moveTo(fraction + by);
     }
 
     height: 28
     activeFocusOnTab: true
+    onFractionChanged: value = fraction
+    onValueChanged: {
+        if (value === fraction)
+            return;
+        moveTo(value);
+        value = fraction; // which need not have changed
+    }
     Keys.onLeftPressed: step(-stepSize)
     Keys.onDownPressed: step(-stepSize)
     Keys.onRightPressed: step(stepSize)
@@ -47,7 +60,7 @@ Item {
     }
 
     Rectangle {
-        x: bar.value * (bar.width - width)
+        x: bar.fraction * (bar.width - width)
         width: 28
         height: 28
         radius: 14
@@ -66,7 +79,7 @@ Item {
 
     MouseArea {
         function moveTo(x: real) {
-            bar.moved(Math.max(0, Math.min(1, (x - 14) / (bar.width - 28))));
+            bar.moveTo((x - 14) / (bar.width - 28));
         }
 
         anchors.fill: parent

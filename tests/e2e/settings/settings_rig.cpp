@@ -5,7 +5,7 @@
 
 #include <array>
 #include <csignal>
-#include <filesystem>
+#include <cstdlib>
 #include <fstream>
 
 #include "platform/linux/plist/plist_property_lists.h"
@@ -13,21 +13,10 @@
 
 namespace skavlo {
 
-namespace {
-
-// Asks again and again; no event tells of every kind of change that tests wait for.
-bool becomesTrue(const std::function<bool()>& condition, std::chrono::milliseconds patience) {
-    const rig::Deadline deadline(patience);
-    while (!condition()) {
-        if (deadline.passed()) return false;
-        rig::waitReadable({}, rig::Deadline(std::chrono::milliseconds(10)));
-    }
-    return true;
-}
-
-}  // namespace
-
 SettingsRig::SettingsRig() {
+    std::string home = std::filesystem::temp_directory_path() / "skavlo-home-XXXXXX";
+    home_ = mkdtemp(home.data());
+    setenv("HOME", home_.c_str(), 1);
     std::filesystem::remove(customImage());
 }
 
@@ -38,16 +27,27 @@ SettingsRig::~SettingsRig() {
         EXPECT_TRUE(overlayGoes());
     }
     std::filesystem::remove(customImage());
+    std::filesystem::remove_all(home_);
+}
+
+bool SettingsRig::becomesTrue(const std::function<bool()>& condition) {
+    const rig::Deadline deadline(kPatience);
+    while (!condition()) {
+        if (deadline.passed()) return false;
+        rig::waitReadable({}, rig::Deadline(std::chrono::milliseconds(10)));
+    }
+    return true;
 }
 
 void SettingsRig::open() {
     open(SKAVLO_EXECUTABLE);
 }
 
-void SettingsRig::open(const std::string& executable) {
+void SettingsRig::open(const std::string& executable, const std::vector<std::string>& environment) {
     ASSERT_NO_FATAL_FAILURE(startServer({.sizes = {kDesktop}}));
     ASSERT_NO_FATAL_FAILURE(startCompositor());
-    auto application = rig::SettingsApplication::start(*server_, display(), executable);
+    auto application =
+        rig::SettingsApplication::start(*server_, display(), executable, environment);
     ASSERT_TRUE(application) << application.error().message;
     application_.emplace(std::move(*application));
 }
@@ -70,21 +70,17 @@ void SettingsRig::click(const std::string& role, const std::string& name) {
 }
 
 bool SettingsRig::goes(const std::string& role, const std::string& name) {
-    return becomesTrue(
-        [&] {
-            const auto found = application().tree().find(role, name);
-            return !found || !found->showing;
-        },
-        kPatience);
+    return becomesTrue([&] {
+        const auto found = application().tree().find(role, name);
+        return !found || !found->showing;
+    });
 }
 
 bool SettingsRig::switchBecomes(const std::string& name, bool on) {
-    return becomesTrue(
-        [&] {
-            const auto found = application().tree().find(rig::kSwitchRole, name);
-            return found && found->checked == on;
-        },
-        kPatience);
+    return becomesTrue([&] {
+        const auto found = application().tree().find(rig::kSwitchRole, name);
+        return found && found->checked == on;
+    });
 }
 
 std::string SettingsRig::customImage() {
@@ -98,13 +94,11 @@ PropertyDictionary SettingsRig::settings() {
 }
 
 bool SettingsRig::settingBecomes(const std::string& key, const PropertyValue& value) {
-    return becomesTrue(
-        [&] {
-            const PropertyDictionary now = settings();
-            const PropertyValue* found = lookUp(now, key.c_str());
-            return found && *found == value;
-        },
-        kPatience);
+    return becomesTrue([&] {
+        const PropertyDictionary now = settings();
+        const PropertyValue* found = lookUp(now, key.c_str());
+        return found && *found == value;
+    });
 }
 
 std::optional<pid_t> SettingsRig::overlayPid() {
@@ -114,11 +108,11 @@ std::optional<pid_t> SettingsRig::overlayPid() {
 }
 
 bool SettingsRig::overlayComes() {
-    return becomesTrue([this] { return overlayPid() && overlayWindow() != XCB_NONE; }, kPatience);
+    return becomesTrue([this] { return overlayPid() && overlayWindow() != XCB_NONE; });
 }
 
 bool SettingsRig::overlayGoes() {
-    return becomesTrue([] { return overlayProcesses() == 0; }, kPatience);
+    return becomesTrue([] { return overlayProcesses() == 0; });
 }
 
 bool SettingsRig::probesPass(int count) {

@@ -2,6 +2,8 @@
 // keyboard and read through the accessibility bus.
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,10 +23,13 @@ class SettingsRig : public OverlayRig {
 
     // Server, compositor, message bus, settings application; returns once the splash is over.
     void open();
-    // With a copy of the program in another directory, for example.
-    void open(const std::string& executable);
+    // With a copy of the program in another directory, for example, or with variables over the own.
+    void open(const std::string& executable, const std::vector<std::string>& environment = {});
     // Ends the application as closing its window does.
     void close();
+
+    // Asks again and again; no event tells of every kind of change that tests wait for.
+    static bool becomesTrue(const std::function<bool()>& condition);
 
     rig::SettingsApplication& application() { return *application_; }
 
@@ -50,6 +55,7 @@ class SettingsRig : public OverlayRig {
     // Processes of this build in the overlay's role.
     static int overlayProcesses();
 
+    std::filesystem::path home_;  // of whoever uses the application; empty at first
     std::optional<rig::SettingsApplication> application_;
 };
 

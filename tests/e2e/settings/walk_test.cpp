@@ -20,13 +20,6 @@ constexpr std::uint32_t kDefaultMarker = 0xff6b7988;  // grey 0.66 at 0.55 on th
 
 class SettingsWalk : public SettingsRig {
   protected:
-    SettingsWalk() : home_(std::filesystem::temp_directory_path() / "skavlo-walk-XXXXXX") {
-        std::string name = home_;
-        home_ = mkdtemp(name.data());
-        setenv("HOME", home_.c_str(), 1);
-    }
-    ~SettingsWalk() override { std::filesystem::remove_all(home_); }
-
     // Pictures are kept only where somebody asked for them, as docs/images/make does.
     void keepPicture(const std::string& name) {
         const char* directory = std::getenv("SKAVLO_WALK_PICTURES");
@@ -110,7 +103,6 @@ class SettingsWalk : public SettingsRig {
         EXPECT_TRUE(application().dragSlider(slider, share, rig::Deadline(kPatience))) << slider;
     }
 
-    std::filesystem::path home_;
     int touches_ = 0;
 };
 

@@ -227,6 +227,7 @@ TEST_F(Roles, WithoutAWindowServerThePidFileIsRemovedAndTheStatusIsNotZero) {
 }
 
 struct PidCase {
+    const char* name;
     const char* contents;
     const char* probed;  // what -check asks for
     const char* killed;  // what -exit and -hud send, or nothing
@@ -263,12 +264,16 @@ TEST_P(PidFileContents, HudKillsPositiveNumbersOnly) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, PidFileContents,
-    testing::Values(PidCase{"99", "kill 99 0", "kill 99 9"}, PidCase{"0", "kill 0 0", nullptr},
-                    PidCase{"", "kill 0 0", nullptr}, PidCase{"abc", "kill 0 0", nullptr},
-                    PidCase{"-5", "kill -5 0", nullptr}, PidCase{" 12x", "kill 12 0", "kill 12 9"},
-                    PidCase{"+7\n", "kill 7 0", "kill 7 9"},
-                    PidCase{"99999999999", "kill 2147483647 0", "kill 2147483647 9"},
-                    PidCase{"-99999999999", "kill -2147483648 0", nullptr}));
+    testing::Values(PidCase{"Positive", "99", "kill 99 0", "kill 99 9"},
+                    PidCase{"Zero", "0", "kill 0 0", nullptr},
+                    PidCase{"Empty", "", "kill 0 0", nullptr},
+                    PidCase{"Letters", "abc", "kill 0 0", nullptr},
+                    PidCase{"Negative", "-5", "kill -5 0", nullptr},
+                    PidCase{"AmidOtherText", " 12x", "kill 12 0", "kill 12 9"},
+                    PidCase{"PlusSignAndNewline", "+7\n", "kill 7 0", "kill 7 9"},
+                    PidCase{"TooLarge", "99999999999", "kill 2147483647 0", "kill 2147483647 9"},
+                    PidCase{"TooSmall", "-99999999999", "kill -2147483648 0", nullptr}),
+    [](const auto& suite) { return std::string(suite.param.name); });
 
 TEST_F(Roles, WithoutAFileNothingIsProbedKilledOrRemoved) {
     EXPECT_EQ(check(files, process, directory), 0);

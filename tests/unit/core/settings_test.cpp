@@ -23,6 +23,7 @@ TEST(SettingsDirectory, NamesTheFilesByTheirCommonPrefix) {
 }
 
 struct LooseCase {
+    const char* name;
     const char* text;
     int asInt;
     float asFloat;
@@ -41,18 +42,23 @@ TEST_P(LooseString, IsScanned) {
 INSTANTIATE_TEST_SUITE_P(
     All, LooseString,
     testing::Values(
-        LooseCase{"", 0, 0, false}, LooseCase{"abc", 0, 0, false}, LooseCase{"0x10", 0, 0, false},
-        LooseCase{" 12", 12, 12, true}, LooseCase{"12abc", 12, 12, true},
-        LooseCase{"-5", -5, -5, true}, LooseCase{"+7", 7, 7, true}, LooseCase{"\t3", 3, 3, true},
-        LooseCase{"1e3", 1, 1000, true}, LooseCase{"YES", 0, 0, true},
-        LooseCase{"true", 0, 0, true}, LooseCase{"Y", 0, 0, true}, LooseCase{"t", 0, 0, true},
-        LooseCase{"NO", 0, 0, false}, LooseCase{"-0007", -7, -7, true},
-        LooseCase{"000", 0, 0, false}, LooseCase{"nan", 0, 0, false}, LooseCase{"inf", 0, 0, false},
-        LooseCase{".5", 0, 0.5F, false}, LooseCase{"-", 0, 0, false},
-        LooseCase{"1e-400", 1, 0, true},
-        LooseCase{"1e400", 1, std::numeric_limits<float>::infinity(), true},
-        LooseCase{"99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
-        LooseCase{"-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F, true}));
+        LooseCase{"Empty", "", 0, 0, false}, LooseCase{"Letters", "abc", 0, 0, false},
+        LooseCase{"Hexadecimal", "0x10", 0, 0, false},
+        LooseCase{"LeadingSpace", " 12", 12, 12, true},
+        LooseCase{"LettersBehind", "12abc", 12, 12, true},
+        LooseCase{"Negative", "-5", -5, -5, true}, LooseCase{"PlusSign", "+7", 7, 7, true},
+        LooseCase{"LeadingTab", "\t3", 3, 3, true}, LooseCase{"Exponent", "1e3", 1, 1000, true},
+        LooseCase{"Yes", "YES", 0, 0, true}, LooseCase{"True", "true", 0, 0, true},
+        LooseCase{"LargeY", "Y", 0, 0, true}, LooseCase{"SmallT", "t", 0, 0, true},
+        LooseCase{"No", "NO", 0, 0, false}, LooseCase{"NegativeWithZeros", "-0007", -7, -7, true},
+        LooseCase{"Zeros", "000", 0, 0, false}, LooseCase{"NotANumber", "nan", 0, 0, false},
+        LooseCase{"Infinity", "inf", 0, 0, false}, LooseCase{"PointFirst", ".5", 0, 0.5F, false},
+        LooseCase{"MinusAlone", "-", 0, 0, false}, LooseCase{"TinyReal", "1e-400", 1, 0, true},
+        LooseCase{"HugeReal", "1e400", 1, std::numeric_limits<float>::infinity(), true},
+        LooseCase{"TooLarge", "99999999999", std::numeric_limits<int>::max(), 9.9999998e10F, true},
+        LooseCase{"TooSmall", "-99999999999", std::numeric_limits<int>::min(), -9.9999998e10F,
+                  true}),
+    [](const auto& suite) { return std::string(suite.param.name); });
 
 TEST(LooseValue, RealsTruncateTowardZeroAndSaturate) {
     const auto asInteger = [](double real) {

@@ -212,7 +212,8 @@ TEST_P(ManyContacts, HaveUniqueFingerIds) {
     EXPECT_EQ(lifted, ids);
 }
 
-INSTANTIATE_TEST_SUITE_P(Counts, ManyContacts, ::testing::Values(10, 11, 20, 21, 22, 40));
+INSTANTIATE_TEST_SUITE_P(Counts, ManyContacts, ::testing::Values(10, 11, 20, 21, 22, 40),
+                         ::testing::PrintToStringParamName());
 
 // Follows finger ids as the reader does; throws the dice over everything a device can do.
 TEST_F(ContactTrackerTest, EveryContactThatBeganEnds) {

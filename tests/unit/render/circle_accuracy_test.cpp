@@ -1,9 +1,12 @@
 // Circles against Cairo at a multiple of the resolution.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <ostream>
+#include <sstream>
+#include <string>
 
 #include "overlay/render/render.h"
 #include "reference.h"
@@ -20,9 +23,17 @@ struct Case {
     bool translucent;
 };
 
+// "Scale0_05At2xBorder5Opaque"; names of tests hold no points.
+std::string nameOf(const Case& c) {
+    std::ostringstream name;
+    name << "Scale" << c.scale << "At" << c.pixelScale << "xBorder" << c.border
+         << (c.translucent ? "Translucent" : "Opaque");
+    std::string text = name.str();
+    std::ranges::replace(text, '.', '_');
+    return text;
+}
 void PrintTo(const Case& c, std::ostream* out) {
-    *out << "scale " << c.scale << " at " << c.pixelScale << "x, border " << c.border
-         << (c.translucent ? ", translucent" : ", opaque");
+    *out << nameOf(c);
 }
 
 CircleStyle styleOf(const Case& c) {
@@ -68,7 +79,8 @@ std::vector<Case> cases() {
     return all;
 }
 
-INSTANTIATE_TEST_SUITE_P(Looks, CircleAccuracy, testing::ValuesIn(cases()));
+INSTANTIATE_TEST_SUITE_P(Looks, CircleAccuracy, testing::ValuesIn(cases()),
+                         [](const auto& suite) { return nameOf(suite.param); });
 
 }  // namespace
 }  // namespace skavlo

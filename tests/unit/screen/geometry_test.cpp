@@ -83,7 +83,8 @@ TEST_P(ScreenGeometry, SectionsAreInsetCards) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Widths, ScreenGeometry, testing::Values(320, 390, 768));
+INSTANTIATE_TEST_SUITE_P(Widths, ScreenGeometry, testing::Values(320, 390, 768),
+                         testing::PrintToStringParamName());
 
 class ScreenLook : public ScreenFixture {
   protected:
@@ -300,7 +301,8 @@ TEST_P(ScreenSplash, PlaysAndGoes) {
     EXPECT_EQ(find("content")->opacity(), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(WithIcon, ScreenSplash, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(WithIcon, ScreenSplash, testing::Bool(),
+                         testing::PrintToStringParamName());
 
 TEST_F(ScreenLook, TheSplashZoomsOutEvenIfItsSpringInWasInterrupted) {
     open({.splash = true});

@@ -1,4 +1,5 @@
 // Every row of every mode, selection, reloads and the header's actions.
+#include <functional>
 #include <tuple>
 
 #include "tests/unit/screen/screen_fixture.h"
@@ -7,6 +8,7 @@ namespace skavlo {
 namespace {
 
 struct Mode {
+    const char* name;
     int mode;
     bool border;
     std::vector<std::pair<const char*, const char*>> rows;  // Chinese, English
@@ -14,7 +16,8 @@ struct Mode {
 
 const std::vector<Mode>& modes() {
     static const std::vector<Mode> modes = {
-        {0,
+        {"Color",
+         0,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -28,7 +31,8 @@ const std::vector<Mode>& modes() {
           {"动画持续", "Duration"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {1,
+        {"Image",
+         1,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -40,7 +44,8 @@ const std::vector<Mode>& modes() {
           {"动画持续", "Duration"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {2,
+        {"EmojiWithBorder",
+         2,
          true,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -58,7 +63,8 @@ const std::vector<Mode>& modes() {
           {"边框宽度", "Border Width"},
           {"跟随跟踪残影", "Trailing Effect"},
           {"恢复设置", "Restore Settings"}}},
-        {2,
+        {"Emoji",
+         2,
          false,
          {{"以颜色显示", "Color Mode"},
           {"以图片显示", "Image Mode"},
@@ -123,9 +129,16 @@ TEST_P(ScreenRows, ShowTheirTextsWhole) {
     EXPECT_TRUE(inRow(2, mode.mode, "checkmark"));
 }
 
+std::string nameOf(const std::tuple<std::size_t, bool, int>& rows) {
+    const auto [index, inEnglish, width] = rows;
+    return std::string(modes()[index].name) + (inEnglish ? "English" : "Chinese") +
+           std::to_string(width);
+}
+
 INSTANTIATE_TEST_SUITE_P(ModesLanguagesWidths, ScreenRows,
                          testing::Combine(testing::Range<std::size_t>(0, 4), testing::Bool(),
-                                          testing::Values(320, 390)));
+                                          testing::Values(320, 390)),
+                         [](const auto& suite) { return nameOf(suite.param); });
 
 using ScreenSelection = ScreenFixture;
 
@@ -199,6 +212,24 @@ TEST_F(ScreenSelection, OnlyTheLinkInTheAboutTextOpens) {
     EXPECT_EQ(openedLinks[0], QString("https://channel.example"));
 }
 
+TEST_F(ScreenSelection, TheLinkIsReachedWithTabAndOpenedWithTheKeyboard) {
+    open();
+    QQuickItem* link = find("aboutLink");
+    QStringList reached;
+    for (int tab = 0; tab < 3; ++tab) {
+        key(Qt::Key_Tab);
+        reached.append(window->activeFocusItem()->objectName());
+    }
+    EXPECT_EQ(reached.join(' '), QString("languageButton infoButton aboutLink"));
+    ASSERT_EQ(window->activeFocusItem(), link);
+    EXPECT_TRUE(link->childItems().first()->property("shown").toBool()) << "the ring around it";
+    for (const Qt::Key opens : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter}) key(opens);
+    EXPECT_EQ(openedLinks, std::vector<QString>(3, "https://channel.example"));
+    EXPECT_EQ(window->activeFocusItem(), link);
+    for (const Qt::Key other : {Qt::Key_Escape, Qt::Key_A}) key(other);
+    EXPECT_EQ(openedLinks.size(), 3U);
+}
+
 TEST_F(ScreenSelection, RowsAreChosenWithTheKeyboard) {
     open();
     for (int tab = 0; tab < 8; ++tab) key(Qt::Key_Tab);  // header 3, switches 4, first row
@@ -208,6 +239,43 @@ TEST_F(ScreenSelection, RowsAreChosenWithTheKeyboard) {
     key(Qt::Key_Return);
     EXPECT_EQ(intValue(lookUp(settings(), "displayMode")), 1);
     EXPECT_EQ(window->activeFocusItem(), row(2, 1));  // the new row has what the old one had
+}
+
+// Everything that takes the keyboard, once, from top to bottom, and back again.
+TEST_F(ScreenSelection, TabGoesThroughAllControlsInTheirOrder) {
+    open({.mode = 2, .emojiBorder = true});
+    QList<QQuickItem*> controls;
+    const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+        if (!item->isVisible() || !item->isEnabled()) return;
+        if (item->activeFocusOnTab()) controls.append(item);
+        for (QQuickItem* child : item->childItems()) collect(child);
+    };
+    collect(find("content"));
+    // Header 3, switches 6, choices of the mode 3, emoji field and button, sliders 7, wells 2,
+    // restore.
+    ASSERT_EQ(controls.size(), 24);
+    QList<QQuickItem*> reached;
+    double lowest = -1;
+    for (qsizetype i = 0; i < controls.size(); ++i) {
+        key(Qt::Key_Tab);
+        QQuickItem* item = window->activeFocusItem();
+        ASSERT_TRUE(item);
+        EXPECT_FALSE(reached.contains(item)) << item->objectName().toStdString();
+        reached.append(item);
+        // Those of one row may differ in height by less than half of it.
+        const double y = frameIn(item, find("column")).center().y();
+        EXPECT_GT(y, lowest - 22) << item->objectName().toStdString();
+        lowest = std::max(lowest, y);
+    }
+    for (QQuickItem* control : controls) {
+        EXPECT_TRUE(reached.contains(control)) << control->objectName().toStdString();
+    }
+    key(Qt::Key_Tab);
+    EXPECT_EQ(window->activeFocusItem(), reached.first()) << "and begins anew";
+    for (qsizetype i = reached.size() - 1; i >= 0; --i) {
+        key(Qt::Key_Backtab, Qt::ShiftModifier);
+        EXPECT_EQ(window->activeFocusItem(), reached[i]) << i;
+    }
 }
 
 TEST_F(ScreenSelection, TabKeepsTheFocusInSight) {

@@ -78,7 +78,7 @@ void ScreenFixture::open(const ScreenOptions& options) {
     screen->reloadData();
     screen->setDark(options.dark);
     window = std::make_unique<SettingsWindow>(*screen, application);
-    window->resize(options.width, options.height);
+    if (options.width > 0) window->resize(options.width, options.height);
     window->show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
     window->requestActivate();

@@ -41,7 +41,7 @@ class SteppedAnimations : public QAnimationDriver {
 void watchComplaints();
 
 struct ScreenOptions {
-    int width = 390;
+    int width = 390;  // 0: the window has its own size
     int height = 844;
     int mode = 0;  // display mode
     bool english = true;

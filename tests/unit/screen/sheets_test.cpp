@@ -38,6 +38,22 @@ TEST_F(ScreenAlert, StandsInTheMiddleWithItsTexts) {
     EXPECT_EQ(frameIn(restore, alert).x(), 135);
 }
 
+TEST_F(ScreenAlert, FitsIntoTheSmallestWindow) {
+    open({.width = 320, .height = 320});
+    for (int language = 0; language < 2; ++language) {
+        screen->showInfo();  // the one with the longest message
+        settle();
+        step(260);
+        const QRectF alert = frameIn(find("alert"), window->contentItem());
+        EXPECT_TRUE(QRectF(0, 0, 320, 320).contains(alert)) << alert.height();
+        key(Qt::Key_Escape);
+        step(210);
+        EXPECT_FALSE(screen->alert());
+        screen->toggleLanguage();
+        settle();
+    }
+}
+
 // Title, message and actions of each alert, in both languages, as the person sees them.
 class ScreenAlertTexts : public ScreenFixture, public testing::WithParamInterface<bool> {
   protected:
@@ -151,8 +167,10 @@ TEST_F(ScreenAlert, SecondOneWaitsForTheFirst) {
 
 class ScreenColorSheet : public ScreenFixture {
   protected:
-    void openSheet() {
-        open();
+    static constexpr QSize kLowest{320, 320};
+
+    void openSheet(QSize size = {390, 844}) {
+        open({.width = size.width(), .height = size.height()});
         QQuickItem* well = inRow(2, 3, "well");
         reveal(well);
         click(well);
@@ -241,6 +259,25 @@ TEST_F(ScreenColorSheet, KeyboardReachesEverythingAndEscapeCloses) {
     EXPECT_EQ(window->activeFocusItem(), inRow(2, 3, "well"));
 }
 
+// In a window as low as it gets, the sheet scrolls.
+TEST_F(ScreenColorSheet, TabKeepsTheFocusInSight) {
+    openSheet(kLowest);
+    const QQuickItem* panel = find("colorSheet")->property("panel").value<QQuickItem*>();
+    const QRectF sight = frameIn(panel, window->contentItem());
+    for (const bool forward : {true, false}) {
+        for (int i = 0; i < 8; ++i) {
+            const QQuickItem* item = window->activeFocusItem();
+            const QRectF there = frameIn(item, window->contentItem());
+            EXPECT_TRUE(sight.contains(there)) << i << " from " << there.top();
+            if (forward) {
+                key(Qt::Key_Tab);
+            } else {
+                key(Qt::Key_Backtab, Qt::ShiftModifier);
+            }
+        }
+    }
+}
+
 class ScreenFileList : public ScreenFixture {
   protected:
     void openList() {
@@ -320,7 +357,7 @@ TEST_F(ScreenFileList, KeyboardChoosesAnImage) {
 TEST_F(ScreenFileList, FoldersAreEnteredAndLeft) {
     openList();
     key(Qt::Key_Down);
-    key(Qt::Key_Return);
+    key(Qt::Key_Space);
     EXPECT_EQ(screen->fileList()->directory(), home.filePath("sub"));
     EXPECT_TRUE(screen->fileList()->isEmpty());
     key(Qt::Key_Backspace);

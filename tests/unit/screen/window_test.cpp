@@ -1,4 +1,7 @@
 // The window's life.
+#include <QScreen>
+#include <algorithm>
+
 #include "tests/unit/screen/screen_fixture.h"
 
 namespace skavlo {
@@ -51,6 +54,46 @@ TEST_F(ScreenWindow, ImportShowsActivity) {
 TEST_F(ScreenWindow, IsNeverNarrowerThanThreeHundredAndTwenty) {
     open();
     EXPECT_EQ(window->minimumWidth(), 320);
+}
+
+TEST_F(ScreenWindow, IsOfAPhonesShapeAtFirstAndAsLargeAsOneWants) {
+    open({.width = 0});  // as it comes
+    EXPECT_EQ(window->size(), QSize(390, 844));
+    EXPECT_EQ(window->contentItem()->size(), QSizeF(390, 844));
+    EXPECT_GT(window->maximumWidth(), 10'000);
+    EXPECT_GT(window->maximumHeight(), 10'000);
+    EXPECT_FALSE(window->flags() & Qt::MSWindowsFixedSizeDialogHint);
+}
+
+TEST_F(ScreenWindow, FollowsItsSizeWhileItIsOpen) {
+    open();
+    const QSize sizes[] = {{320, 568}, {844, 390}, {320, 320}, {1920, 1080}, {390, 844}};
+    for (const QSize size : sizes) {
+        window->resize(size);
+        settle();
+        EXPECT_EQ(find("table")->size(), QSizeF(size));
+        const double width = std::min(size.width(), 768);
+        const QRectF header = frameIn(find("header"), window->contentItem());
+        EXPECT_EQ(header.width(), width);
+        EXPECT_NEAR(header.center().x(), size.width() / 2.0, 0.51);
+        EXPECT_EQ(find("card")->width(), width - 2 * (width < 375 ? 16 : 20));
+        for (int i = 0; i < 12; ++i) {
+            reveal(row(2, i));
+            const QRectF there = frameIn(row(2, i), window->contentItem());
+            EXPECT_TRUE(QRectF(0, 44, size.width(), size.height() - 44).contains(there))
+                << size.width() << " " << i;
+        }
+    }
+}
+
+TEST_F(ScreenWindow, FillsAScreen) {
+    open();
+    window->showFullScreen();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->size() == window->screen()->size(); }));
+    settle();
+    EXPECT_EQ(find("table")->size(), QSizeF(window->screen()->size()));
+    click(inRow(1, 2, "switch"));
+    EXPECT_TRUE(boolValue(lookUp(settings(), "singleFingerMode")));
 }
 
 }  // namespace

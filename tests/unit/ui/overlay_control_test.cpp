@@ -58,6 +58,7 @@ TEST_F(OverlayControl, TheProbeRunsAsRootInTheCallersGroupAndIsWaitedFor) {
 }
 
 struct ProbeCase {
+    const char* name;
     std::optional<int> status;
     bool running;
 };
@@ -70,11 +71,14 @@ TEST_P(Probe, CountsTheSecondByteOfTheStatusWordAlone) {
     EXPECT_EQ(controller->skv_enableSwitch->isOn(), GetParam().running);
 }
 
-INSTANTIATE_TEST_SUITE_P(Statuses, Probe,
-                         testing::Values(ProbeCase{0, false}, ProbeCase{0x100, true},
-                                         ProbeCase{0x200, false}, ProbeCase{0x300, false},
-                                         ProbeCase{1, false}, ProbeCase{0x101, true},
-                                         ProbeCase{0x10100, true}, ProbeCase{std::nullopt, false}));
+INSTANTIATE_TEST_SUITE_P(
+    Statuses, Probe,
+    testing::Values(ProbeCase{"Exit0", 0, false}, ProbeCase{"Exit1", 0x100, true},
+                    ProbeCase{"Exit2", 0x200, false}, ProbeCase{"Exit3", 0x300, false},
+                    ProbeCase{"Signal1", 1, false}, ProbeCase{"Exit1WithASignal", 0x101, true},
+                    ProbeCase{"Exit1BelowMore", 0x10100, true},
+                    ProbeCase{"NoStatus", std::nullopt, false}),
+    [](const auto& suite) { return std::string(suite.param.name); });
 
 TEST_F(OverlayControl, AProbeThatCannotBeStartedCountsAsNotRunning) {
     spawner.status = kRunning;

@@ -150,6 +150,7 @@ TEST_F(ValueControls, ASliderOfAnUnknownTagStoresUnderTheEmptyKey) {
 }
 
 struct StepCase {
+    const char* name;
     int tag;
     float from;
     bool plus;
@@ -180,14 +181,21 @@ TEST_P(Step, MovesRoundsClampsAndSaves) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, Step,
-    testing::Values(StepCase{11, 150, true, 150, "150.0"}, StepCase{10, 0.1F, false, 0.1F, "0.1"},
-                    StepCase{12, 0.5F, false, 0, "0.0"}, StepCase{14, 9.95F, true, 10, "10.0"},
-                    StepCase{11, 55.37F, true, 56.4F, "56.4"},
-                    StepCase{11, 55.37F, false, 54.4F, "54.4"}, StepCase{12, 0, true, 0.5F, "0.5"},
-                    StepCase{38, 15, true, 15, "15.0"}, StepCase{38, 0.25F, true, 0.8F, "0.8"},
-                    StepCase{36, 0.04F, false, 0, "0.0"}, StepCase{13, 0.75F, true, 0.9F, "0.9"},
-                    StepCase{21, 10, false, 10, "10.0"}, StepCase{31, 224.5F, true, 225, "225.0"},
-                    StepCase{37, 0.5F, true, 0.6F, "0.6"}));
+    testing::Values(StepCase{"PlusAtTheLargestSize", 11, 150, true, 150, "150.0"},
+                    StepCase{"MinusAtTheLeastOpacity", 10, 0.1F, false, 0.1F, "0.1"},
+                    StepCase{"MinusToTheLeastBorder", 12, 0.5F, false, 0, "0.0"},
+                    StepCase{"PlusToTheLongestDuration", 14, 9.95F, true, 10, "10.0"},
+                    StepCase{"PlusFromASizeBetween", 11, 55.37F, true, 56.4F, "56.4"},
+                    StepCase{"MinusFromASizeBetween", 11, 55.37F, false, 54.4F, "54.4"},
+                    StepCase{"PlusAtTheLeastBorder", 12, 0, true, 0.5F, "0.5"},
+                    StepCase{"PlusAtTheLargestEmojiBorder", 38, 15, true, 15, "15.0"},
+                    StepCase{"PlusFromAnEmojiBorderBetween", 38, 0.25F, true, 0.8F, "0.8"},
+                    StepCase{"MinusToTheLeastBorderOpacity", 36, 0.04F, false, 0, "0.0"},
+                    StepCase{"PlusFromALiftScaleBetween", 13, 0.75F, true, 0.9F, "0.9"},
+                    StepCase{"MinusAtTheLeastImageSize", 21, 10, false, 10, "10.0"},
+                    StepCase{"PlusToTheLargestEmojiSize", 31, 224.5F, true, 225, "225.0"},
+                    StepCase{"PlusAtHalfTheFillOpacity", 37, 0.5F, true, 0.6F, "0.6"}),
+    [](const auto& suite) { return std::string(suite.param.name); });
 
 TEST_F(ValueControls, AStepWithoutItsSliderDoesNothing) {
     load();
