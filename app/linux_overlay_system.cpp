@@ -8,6 +8,7 @@
 #include "platform/linux/capture/capture_sources.h"
 #include "platform/linux/capture/mirror_source.h"
 #include "platform/linux/confine/confinement.h"
+#include "platform/linux/window_servers/touches.h"
 #include "platform/linux/x11/connect_to_x.h"
 
 namespace skavlo {
@@ -69,18 +70,19 @@ void LinuxOverlaySystem::setNewDelegate() {
 }
 
 HidEventSystemClient* LinuxOverlaySystem::IOHIDEventSystemClientCreate() {
-    InputOptions options;
-    options.layout = [this] { return windowServer_->layout(); };
-    // A Wayland compositor tells nobody of touches on other people's windows.
-    if (windowServerKind_ == WindowServerKind::x11) {
-        options.connectX = [] { return connectToX(nullptr); };
-    }
-    input_ = std::make_unique<InputSelector>(runLoop_.context(), std::move(options));
-    input_->setTouchOutputHandler(
-        [this](const std::string& output) { windowServer_->setTouchOutput(output); });
-    windowServer_->addLayoutHandler([this] { input_->layoutChanged(); });
+    input_ = touchesOf(runLoop_, *windowServer_, windowServerKind_);
+    shownLayout_ = windowServer_->layout();
+    windowServer_->addLayoutHandler([this] { layoutChanged(); });
     runLoop_.async([this] { sayWithoutInput(); });
     return input_.get();
+}
+
+// Markers and trails would lie at the same points of another screen, under no finger.
+void LinuxOverlaySystem::layoutChanged() {
+    const bool same = sameMainScreen(shownLayout_, windowServer_->layout());
+    shownLayout_ = windowServer_->layout();
+    if (same || !g_skv_overlayAppDelegate || !g_skv_overlayAppDelegate->canvasVC) return;
+    g_skv_overlayAppDelegate->canvasVC->skv_forceClearAllGarbage();
 }
 
 // One that is plugged in later is read all the same.

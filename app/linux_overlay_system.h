@@ -41,6 +41,7 @@ class LinuxOverlaySystem final : public OverlaySystem {
   private:
     void end(int status);
     void watchCapture();
+    void layoutChanged();
     void sayWithoutInput() const;
 
     SettingsDirectory directory_;
@@ -55,6 +56,7 @@ class LinuxOverlaySystem final : public OverlaySystem {
     asio::signal_set signals_;
     std::unique_ptr<DesktopWindowServer> windowServer_;
     WindowServerKind windowServerKind_ = WindowServerKind::none;
+    OutputLayout shownLayout_;  // that the markers were placed on
     std::unique_ptr<InputSelector> input_;
 };
 

@@ -1,6 +1,8 @@
 #include "platform/linux/output_layout.h"
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace skavlo {
 
@@ -19,6 +21,18 @@ std::size_t chooseMainOutput(const std::vector<OutputInfo>& outputs, std::string
     if (found == outputs.end()) found = find([](const OutputInfo& o) { return o.internal; });
     if (found == outputs.end()) found = find([](const OutputInfo& o) { return o.primary; });
     return found == outputs.end() ? 0 : static_cast<std::size_t>(found - outputs.begin());
+}
+
+bool sameMainScreen(const OutputLayout& before, const OutputLayout& after) {
+    const auto screen = [](const OutputLayout& layout) {
+        const bool whole = layout.main >= layout.outputs.size();
+        OutputInfo main =
+            whole ? OutputInfo{.rect = {0, 0, layout.desktop.width, layout.desktop.height}}
+                  : layout.outputs[layout.main];
+        return std::tuple(std::move(main.name), main.rect.width, main.rect.height, main.rotation,
+                          main.reflectX, main.reflectY, layout.scale);
+    };
+    return screen(before) == screen(after);
 }
 
 }  // namespace skavlo

@@ -41,6 +41,9 @@ bool isInternalConnector(std::string_view name);
 // of that name, else the internal panel, else the primary one, else the first.
 std::size_t chooseMainOutput(const std::vector<OutputInfo>& outputs, std::string_view touchOutput);
 
+// Whether places in points of the main output are the same places on the same panel.
+bool sameMainScreen(const OutputLayout& before, const OutputLayout& after);
+
 using OutputLayoutProvider = std::function<OutputLayout()>;
 
 }  // namespace skavlo

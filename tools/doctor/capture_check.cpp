@@ -11,8 +11,8 @@
 #include "platform/linux/capture/x_grab_source.h"
 #include "platform/linux/loop/asio_run_loop.h"
 #include "platform/linux/posix/unix_socket.h"
-#include "platform/linux/window_servers/open.h"
 #include "tools/doctor/checks.h"
+#include "tools/doctor/overlay_view.h"
 
 namespace skavlo::doctor {
 
@@ -79,13 +79,6 @@ Finding processes(const Surroundings& surroundings) {
          "use a kernel with CONFIG_PROC_EVENTS, outside of containers"});
 }
 
-// As the overlay sees the outputs when it starts.
-Findings mirrors() {
-    AsioRunLoop loop;
-    auto opened = openWindowServer(loop);
-    return opened ? judgeMirroring(opened->server->layout()) : Findings();
-}
-
 Finding nothingKnown() {
     return {"capture",
             Level::warn,
@@ -119,7 +112,9 @@ Findings checkCapture(const Surroundings& surroundings) {
     if (const auto path = compositorEventSocket(surroundings.variable))
         sources.push_back(events(*path));
     sources.push_back(processes(surroundings));
-    for (Finding& finding : mirrors()) sources.push_back(std::move(finding));
+    if (const auto view = overlayView(surroundings)) {
+        for (Finding& finding : judgeMirroring(view->layout)) sources.push_back(std::move(finding));
+    }
     return withVerdict(std::move(sources));
 }
 

@@ -17,6 +17,9 @@ Findings checkCapture(const Surroundings& surroundings);
 Findings checkFonts(const Surroundings& surroundings);
 Findings checkImages(const Surroundings& surroundings);
 
+// Which output the overlay would lie on; nothing: there is none, or it has no name.
+Findings judgeOutput(const OutputLayout& layout);
+
 // Of outputs that show the same region, which counts as a capture; nothing: there are none.
 Findings judgeMirroring(const OutputLayout& layout);
 

@@ -5,8 +5,10 @@
 #include <memory>
 #include <utility>
 
+#include "platform/linux/input/mapping.h"
 #include "tools/doctor/checks.h"
 #include "tools/doctor/display_rules.h"
+#include "tools/doctor/overlay_view.h"
 #include "tools/doctor/wayland_probe.h"
 
 namespace skavlo::doctor {
@@ -69,6 +71,15 @@ Finding quirks(const std::string& program) {
 
 }  // namespace
 
+Findings judgeOutput(const OutputLayout& layout) {
+    const OutputInfo* output = mainOutput(layout);
+    if (!output || output->name.empty()) return {};
+    return {{"output",
+             Level::ok,
+             {"标记显示在输出 " + output->name + " 上",
+              "the markers lie on the output " + output->name}}};
+}
+
 Findings checkDisplay(const Surroundings& surroundings) {
     DisplayFacts facts;
     const auto wayland = probeWayland();
@@ -79,6 +90,9 @@ Findings checkDisplay(const Surroundings& surroundings) {
     if (!surroundings.value("DISPLAY").empty()) probeX(facts);
     Findings findings = judgeDisplay(facts);
     if (wayland && !wayland->program.empty()) findings.push_back(quirks(wayland->program));
+    if (const auto view = overlayView(surroundings)) {
+        for (Finding& finding : judgeOutput(view->layout)) findings.push_back(std::move(finding));
+    }
     return findings;
 }
 

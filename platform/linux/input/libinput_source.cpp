@@ -218,8 +218,14 @@ void LibinputSource::setLayout(const OutputLayout& layout) {
     placementsChanged();
 }
 
+// A finger that rests says nothing of where it lies now: its contact ends, and begins anew when it
+// moves.
 void LibinputSource::placementsChanged() {
-    for (Device& device : devices_) place(device);
+    for (Device& device : devices_) {
+        const Affine before = device.toPoints;
+        place(device);
+        if (device.toPoints != before) tracker_.endDevice(device.id, clock_.mach_absolute_time());
+    }
 }
 
 }  // namespace skavlo

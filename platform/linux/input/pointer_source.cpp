@@ -27,6 +27,7 @@ PointerSource::~PointerSource() {
 
 void PointerSource::setLayout(const OutputLayout& layout) {
     desktopToPoints_ = desktopPixelsToPoints(layout);
+    if (held_) ask();
 }
 
 void PointerSource::devicesChanged() {

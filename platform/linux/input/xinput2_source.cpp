@@ -26,7 +26,11 @@ XInput2Source::~XInput2Source() {
 void XInput2Source::setLayout(const OutputLayout& layout) {
     // Raw values are behind the device's coordinate transformation already: they lie on the
     // desktop.
-    desktopToPoints_ = deviceToPoints(layout, {.desktopTransform = Affine{}});
+    const Affine toPoints = deviceToPoints(layout, {.desktopTransform = Affine{}});
+    if (toPoints == desktopToPoints_) return;
+    desktopToPoints_ = toPoints;
+    // Fingers that rest say nothing of where they lie now; one that moves begins anew.
+    for (const std::uint16_t id : touched_) tracker_.endDevice(id, clock_.mach_absolute_time());
 }
 
 void XInput2Source::devicesChanged() {

@@ -23,7 +23,7 @@ Result<OpenedWindowServer> openWindowServer(AsioRunLoop& runLoop) {
         return result;
     }
     if (choice.kind == WindowServerKind::none) return Error{choice.reason};
-    auto x11 = X11WindowServer::connect(runLoop);
+    auto x11 = X11WindowServer::connect(runLoop, facts.compositor);
     if (!x11) return Error{std::string(choice.reason) + ", and " + x11.error().message};
     result.server = std::move(*x11);
     return result;

@@ -2,14 +2,18 @@
 
 #include <utility>
 
+#include "platform/linux/x11/redirection.h"
+
 namespace skavlo {
 
-Result<std::unique_ptr<X11WindowServer>> X11WindowServer::connect(AsioRunLoop& runLoop) {
+Result<std::unique_ptr<X11WindowServer>> X11WindowServer::connect(AsioRunLoop& runLoop,
+                                                                  bool xWayland) {
     auto connection = X11Connection::open(runLoop);
     if (!connection) return connection.error();
     if ((*connection)->alphaVisual() == 0) {
         return Error{"the X server offers no visual with an alpha channel"};
     }
+    if (xWayland) waitForRedirection(**connection);
     return std::unique_ptr<X11WindowServer>(new X11WindowServer(runLoop, std::move(*connection)));
 }
 

@@ -16,7 +16,9 @@ namespace skavlo {
 class X11WindowServer final : public DesktopWindowServer {
   public:
     // An error when no server can be reached or it has no visual with an alpha channel.
-    static Result<std::unique_ptr<X11WindowServer>> connect(AsioRunLoop& runLoop);
+    // `xWayland`: the server is one, whose windows a Wayland compositor shows.
+    static Result<std::unique_ptr<X11WindowServer>> connect(AsioRunLoop& runLoop,
+                                                            bool xWayland = false);
 
     std::unique_ptr<Window> createWindow(Rect frame, const WindowTraits& traits) override;
     // Any level that is asked for is above all others: X has no levels, so the window is kept on

@@ -1,21 +1,32 @@
 // One end of a cast through PipeWire, for tests: "produce NAME" offers moving pictures under this
-// name and prints the node's number on a line, "consume NUMBER" receives those of a node. Runs
-// until it is killed.
+// name and prints the node's number on a line, "consume NUMBER" receives those of a node, and "look
+// NUMBER DESCRIPTOR X,Y..." besides writes there a line of the colours that those have at these
+// places, "RRGGBB " each, whenever they are others. Runs until it is killed.
 #include <pipewire/pipewire.h>
 #include <spa/param/video/format-utils.h>
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
+
+struct Place {
+    std::size_t x;
+    std::size_t y;
+};
 
 struct Peer {
     pw_main_loop* loop = nullptr;
     pw_stream* stream = nullptr;
     bool told = false;
+    std::vector<Place> places;
+    int report = -1;
+    std::string seen;
 };
 
 void stateChanged(void* data, pw_stream_state /*old*/, pw_stream_state state, const char* /*why*/) {
@@ -27,12 +38,42 @@ void stateChanged(void* data, pw_stream_state /*old*/, pw_stream_state state, co
     std::fflush(stdout);
 }
 
-// What the pictures show does not matter.
+// Empty: this is no picture, or it has not all of the places.
+std::string coloursOf(const spa_data& plane, const std::vector<Place>& places) {
+    constexpr std::uint32_t kColour = 0xffffff;
+    const bool whole = plane.data && plane.chunk && plane.chunk->size > 0 &&
+                       plane.chunk->stride > 0 &&
+                       (plane.chunk->flags & SPA_CHUNK_FLAG_CORRUPTED) == 0;
+    if (!whole) return {};
+    std::string colours;
+    for (const Place& place : places) {
+        const std::size_t at = place.y * static_cast<std::size_t>(plane.chunk->stride) +
+                               place.x * sizeof(std::uint32_t);
+        if (at + sizeof(std::uint32_t) > plane.chunk->size) return {};
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, static_cast<const char*>(plane.data) + plane.chunk->offset + at,
+                    sizeof pixel);
+        std::array<char, 8> text{};
+        std::snprintf(text.data(), text.size(), "%06x ", pixel & kColour);
+        colours += text.data();
+    }
+    return colours;
+}
+
+void look(Peer& peer, const spa_data& plane) {
+    const std::string colours = coloursOf(plane, peer.places);
+    if (colours.empty() || colours == peer.seen) return;
+    peer.seen = colours;
+    dprintf(peer.report, "%s\n", colours.c_str());
+}
+
+// What the pictures show matters only to who looks.
 void process(void* data) {
     auto& peer = *static_cast<Peer*>(data);
     pw_buffer* buffer = pw_stream_dequeue_buffer(peer.stream);
     if (!buffer) return;
     spa_data& plane = buffer->buffer->datas[0];
+    look(peer, plane);
     if (plane.chunk) plane.chunk->size = plane.maxsize;
     pw_stream_queue_buffer(peer.stream, buffer);
 }
@@ -73,14 +114,21 @@ bool connect(Peer& peer, bool produce, std::uint32_t target) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) return 2;
+    if (argc < 3) return 2;
     const bool produce = std::strcmp(argv[1], "produce") == 0;
+    Peer peer;
+    if (argc > 3) peer.report = std::atoi(argv[3]);
+    for (int i = 4; i < argc; ++i) {
+        char* comma = nullptr;
+        const std::size_t x = std::strtoul(argv[i], &comma, 10);
+        peer.places.push_back({x, std::strtoul(comma + 1, nullptr, 10)});
+    }
+    peer.told = std::strcmp(argv[1], "look") == 0;
     pw_init(nullptr, nullptr);
     pw_stream_events events{};
     events.version = PW_VERSION_STREAM_EVENTS;
     events.state_changed = &stateChanged;
     events.process = &process;
-    Peer peer;
     peer.loop = pw_main_loop_new(nullptr);
     pw_properties* properties = pw_properties_new(PW_KEY_MEDIA_TYPE, "Video", PW_KEY_MEDIA_CATEGORY,
                                                   produce ? "Playback" : "Capture", nullptr);

@@ -46,6 +46,11 @@ class Doctor : public CastRig {
         text << std::ifstream(path).rdbuf();
         return {status && WIFEXITED(*status) ? WEXITSTATUS(*status) : -1, text.str()};
     }
+    void run(const std::string& command, const rig::XServer& x) const {
+        auto child = rig::Child::start({{"sh", "-c", command}, x.environment(), {}, -1});
+        ASSERT_TRUE(child) << child.error().message;
+        ASSERT_EQ(child->wait(rig::Deadline(kPatience)), 0) << command;
+    }
     void startCompositor(const std::vector<std::string>& arguments, const std::string& socket) {
         if (auto found = rig::Child::start({{arguments[0], "--version"}, {}, {}, -1}); !found)
             GTEST_SKIP() << found.error().message;
@@ -108,15 +113,23 @@ TEST_F(Doctor, OnX11TellsOfMirroredOutputs) {
     auto x = rig::XServer::start({.sizes = {{640, 480}}});
     ASSERT_TRUE(x) << x.error().message;
     EXPECT_THAT(visit({}, x->environment()).output, Not(HasSubstr("mirrored")));
-    for (const std::string arguments :
-         {"--addmode DUMMY1 640x480", "--output DUMMY1 --mode 640x480 --same-as DUMMY0"}) {
-        auto xrandr =
-            rig::Child::start({{"sh", "-c", "xrandr " + arguments}, x->environment(), {}, -1});
-        ASSERT_TRUE(xrandr) << xrandr.error().message;
-        ASSERT_EQ(xrandr->wait(rig::Deadline(kPatience)), 0) << arguments;
-    }
+    ASSERT_NO_FATAL_FAILURE(run("xrandr --addmode DUMMY1 640x480", *x));
+    ASSERT_NO_FATAL_FAILURE(run("xrandr --output DUMMY1 --mode 640x480 --same-as DUMMY0", *x));
     EXPECT_THAT(visit({}, x->environment()).output,
                 HasSubstr("\nok    capture   outputs are mirrored, which counts as a capture"));
+}
+
+// As the overlay chooses it.
+TEST_F(Doctor, OnX11TellsTheOutputThatTheTouchscreenIsMappedTo) {
+    auto x = rig::XServer::start({.sizes = {{640, 480}}});
+    ASSERT_TRUE(x) << x.error().message;
+    ASSERT_NO_FATAL_FAILURE(run("xrandr --addmode DUMMY1 640x480", *x));
+    ASSERT_NO_FATAL_FAILURE(run(
+        "xrandr --output DUMMY1 --mode 640x480 --right-of DUMMY0 --output DUMMY0 --primary", *x));
+    const std::string line = "\nok    output    the markers lie on the output ";
+    EXPECT_THAT(visit({}, x->environment()).output, HasSubstr(line + "DUMMY0\n"));
+    ASSERT_NO_FATAL_FAILURE(run("xinput map-to-output touch DUMMY1", *x));
+    EXPECT_THAT(visit({}, x->environment()).output, HasSubstr(line + "DUMMY1\n"));
 }
 
 TEST_F(Doctor, SeesPipeWire) {

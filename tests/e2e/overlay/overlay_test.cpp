@@ -5,12 +5,15 @@
 #include <xcb/xfixes.h>
 #include <xcb/xtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 
 #include "platform/linux/notify/socket_notifications.h"
 #include "tests/e2e/overlay/overlay_rig.h"
+#include "tests/unit/core/look_table.h"
 #include "tools/rig/pointer.h"
 
 namespace skavlo {
@@ -453,6 +456,50 @@ TEST_F(Overlay, OnAMachineWithoutATouchscreenThePointersButtonIsAContact) {
     fake(XCB_BUTTON_RELEASE, 1, 0, 0);
     untilClean();
 }
+
+// Over the background, as a compositor blends them.
+class OverlayLooks : public Overlay, public testing::WithParamInterface<LookCase> {
+  protected:
+    static bool shows(const Bitmap& screen, PixelPoint finger, const Spot& spot) {
+        constexpr double kRounding = 2;  // levels
+        const auto level = [](std::uint32_t pixel, unsigned i) {
+            return (pixel >> (16 - 8 * i)) & 0xffU;
+        };
+        std::vector<Layer> layers{{level(kBackground, 0) / 255.0, level(kBackground, 1) / 255.0,
+                                   level(kBackground, 2) / 255.0, 1}};
+        layers.insert(layers.end(), spot.layers.begin(), spot.layers.end());
+        const auto expected = blended(layers);
+        const std::uint32_t pixel = at(screen, finger.x + spot.right, finger.y + spot.below);
+        return std::ranges::all_of(std::array{0U, 1U, 2U}, [&](unsigned i) {
+            return std::abs(level(pixel, i) - 255 * expected[i]) <= kRounding;
+        });
+    }
+};
+
+TEST_P(OverlayLooks, HaveTheColoursAndAlphasOfTheSettings) {
+    // A trail that fades would show every alpha for a moment.
+    PropertyDictionary settings = GetParam().settings;
+    for (const char* trail : {"colorTracking", "imageTracking", "emojiTracking"}) {
+        settings[trail] = false;
+    }
+    ASSERT_NO_FATAL_FAILURE(start(settings));
+    constexpr PixelPoint kFinger{400, 300};
+    touch().begin(0, {kFinger.x + 0.5, kFinger.y + 0.5});
+    int reports = 0;
+    captureUntil(
+        [&](const Bitmap& screen) {
+            // See FollowsTheScreensSize.
+            touch().update(0, {kFinger.x + reports++ % 2 * 0.5, kFinger.y + 0.5});
+            return std::ranges::all_of(
+                GetParam().spots, [&](const Spot& spot) { return shows(screen, kFinger, spot); });
+        },
+        GetParam().name);
+    touch().end(0);
+    untilClean();
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, OverlayLooks, testing::ValuesIn(lookCases()),
+                         [](const auto& suite) { return std::string(suite.param.name); });
 
 class OverlayOnAPoorServer : public Overlay, public testing::WithParamInterface<const char*> {};
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include "platform/linux/loop/asio_run_loop.h"
@@ -59,6 +60,21 @@ TEST_F(OverlayControl, TheOverlayLeadsAProcessGroupOfItsOwn) {
     click(rig::kSwitchRole, kEnable);
     ASSERT_TRUE(overlayComes());
     EXPECT_EQ(getpgid(*overlayPid()), *overlayPid());
+}
+
+// What the overlay was given is what the settings application has itself.
+TEST_F(OverlayControl, TheOverlayInheritsTheChoiceOfTheRenderer) {
+    const std::string variable = "CI_USE_SOFTWARE_RENDERER";
+    ASSERT_EQ(setenv(variable.c_str(), "0", 1), 0);
+    ASSERT_NO_FATAL_FAILURE(open());
+    ASSERT_EQ(unsetenv(variable.c_str()), 0);
+    click(rig::kSwitchRole, kEnable);
+    ASSERT_TRUE(overlayComes());
+    const auto environment = contents("/proc/" + std::to_string(*overlayPid()) + "/environ");
+    ASSERT_TRUE(environment);
+    const std::string end(1, '\0');
+    EXPECT_THAT(end + *environment, testing::HasSubstr(end + variable + "=1" + end));
+    EXPECT_THAT(*environment, testing::Not(testing::HasSubstr(variable + "=0")));
 }
 
 TEST_F(OverlayControl, SwitchingOffEndsTheOverlayAndItsFile) {

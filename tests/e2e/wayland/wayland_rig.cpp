@@ -103,7 +103,8 @@ void WaylandRig::plugTouchscreen(const std::vector<std::string>& properties) {
     screen_ = std::make_unique<test::MockDevice>(*bed_, description);
 }
 
-void WaylandRig::startOverlay(const std::vector<std::string>& environment) {
+std::vector<std::string> WaylandRig::rootEnvironment(
+    const std::vector<std::string>& environment) const {
     auto all = session_->environment();
     if (bed_) {
         const char* preloaded = std::getenv("LD_PRELOAD");
@@ -117,9 +118,14 @@ void WaylandRig::startOverlay(const std::vector<std::string>& environment) {
         });
         all.push_back(variable);
     }
+    return all;
+}
+
+void WaylandRig::startOverlay(const std::vector<std::string>& environment) {
     const rig::FileDescriptor output(
         open(session_->file("overlay").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
-    auto overlay = rig::Child::start({{SKAVLO_EXECUTABLE, "-hud"}, all, {}, output.get()});
+    auto overlay = rig::Child::start(
+        {{SKAVLO_EXECUTABLE, "-hud"}, rootEnvironment(environment), {}, output.get()});
     ASSERT_TRUE(overlay) << overlay.error().message;
     overlay_ = std::move(*overlay);
     // The last thing before its loop, and so after its touchscreen was opened.

@@ -29,7 +29,10 @@ class WaylandRig : public OverlayFiles {
     void mockDevices();
     // With a touchscreen of 1000 x 500 units.
     void plugTouchscreen(const std::vector<std::string>& properties = {});
-    // `environment`: over the session's.
+    // What a program that root runs in the session needs, the machine's devices included.
+    // `environment`: over that.
+    [[nodiscard]] std::vector<std::string> rootEnvironment(
+        const std::vector<std::string>& environment = {}) const;
     void startOverlay(const std::vector<std::string>& environment = {});
 
     // Fractions of the touchscreen.

@@ -154,6 +154,20 @@ TEST(CaptureMirroring, IsAFindingThatSaysWhatItMeans) {
     EXPECT_NE(findings[0].what.zh.find("“仅录屏时显示”时标记照常显示"), std::string::npos);
 }
 
+TEST(DisplayOutput, IsTheMainOneByItsName) {
+    OutputLayout layout;
+    EXPECT_TRUE(judgeOutput(layout).empty());
+    layout.outputs = {{.name = "HDMI-1"}, {.name = "eDP-1"}, {}};
+    layout.main = 1;
+    const Findings findings = judgeOutput(layout);
+    ASSERT_THAT(levels(findings), ElementsAre("ok"));
+    EXPECT_EQ(findings[0].check, "output");
+    EXPECT_EQ(findings[0].what.en, "the markers lie on the output eDP-1");
+    EXPECT_NE(findings[0].what.zh.find("eDP-1"), std::string::npos);
+    layout.main = 2;
+    EXPECT_TRUE(judgeOutput(layout).empty());
+}
+
 TEST_F(Checks, CaptureWithASilentEventSocket) {
     variables["HYPRLAND_INSTANCE_SIGNATURE"] = "x";
     variables["XDG_RUNTIME_DIR"] = directory;

@@ -235,6 +235,58 @@ INSTANTIATE_TEST_SUITE_P(
                       MainCase{"touchedOneIsGone", {kPlain, kPrimary}, "eDP-1", 1}),
     [](const auto& test) { return std::string(test.param.name); });
 
+struct SameScreenCase {
+    const char* name;
+    void (*change)(OutputLayout& layout);
+    bool same;
+};
+void PrintTo(const SameScreenCase& change, std::ostream* out) {
+    *out << change.name;
+}
+class SameMainScreen : public ::testing::TestWithParam<SameScreenCase> {};
+
+TEST_P(SameMainScreen, IsOneOfTheSameNameSizeTurnAndScale) {
+    OutputLayout before;
+    before.outputs = {{.name = "DP-1", .rect = {0, 0, 1920, 1080}},
+                      {.name = "eDP-1", .rect = {1920, 0, 1280, 800}}};
+    before.desktop = {3200, 1080};
+    before.main = 1;
+    OutputLayout after = before;
+    GetParam().change(after);
+    EXPECT_EQ(sameMainScreen(before, after), GetParam().same);
+    EXPECT_EQ(sameMainScreen(after, before), GetParam().same);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    After, SameMainScreen,
+    ::testing::Values(
+        SameScreenCase{"nothing", [](OutputLayout&) {}, true},
+        SameScreenCase{"aMove", [](OutputLayout& layout) { layout.outputs[1].rect.x = 0; }, true},
+        SameScreenCase{"theOtherOnesEnd",
+                       [](OutputLayout& layout) {
+                           layout.outputs.erase(layout.outputs.begin());
+                           layout.desktop = {1280, 800};
+                           layout.main = 0;
+                       },
+                       true},
+        SameScreenCase{"itsEnd",
+                       [](OutputLayout& layout) {
+                           layout.outputs.pop_back();
+                           layout.main = 0;
+                       },
+                       false},
+        SameScreenCase{"anEndOfAll", [](OutputLayout& layout) { layout.outputs.clear(); }, false},
+        SameScreenCase{"anotherChoice", [](OutputLayout& layout) { layout.main = 0; }, false},
+        SameScreenCase{
+            "aTurn", [](OutputLayout& layout) { layout.outputs[1].rotation = Rotation::inverted; },
+            false},
+        SameScreenCase{"aReflection",
+                       [](OutputLayout& layout) { layout.outputs[1].reflectX = true; }, false},
+        SameScreenCase{"anotherSize",
+                       [](OutputLayout& layout) { layout.outputs[1].rect.height = 720; }, false},
+        SameScreenCase{"anotherScale", [](OutputLayout& layout) { layout.scale = 2; }, false}),
+    [](const auto& test) { return std::string(test.param.name); });
+
 TEST(Connectors, OfPanelsAreInternal) {
     for (const char* name : {"eDP-1", "LVDS-1", "DSI-2"}) EXPECT_TRUE(isInternalConnector(name));
     for (const char* name : {"DP-1", "HDMI-A-1", "VGA-1", ""}) {

@@ -1,5 +1,9 @@
 #include "tests/e2e/wayland/extended/cast_session.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
 #include <filesystem>
 #include <utility>
 
@@ -46,6 +50,32 @@ Result<CastSession::Cast> CastSession::offer(const std::string& program,
 
 Result<rig::Child> CastSession::receive(const std::string& node) {
     return session_->start({copyOf(SKAVLO_CAST_PEER), "consume", node});
+}
+
+Result<CastSession::Viewer> CastSession::look(const std::string& node,
+                                              const std::vector<PixelPoint>& places) {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return Error{"no pipe"};
+    rig::FileDescriptor lines(ends[0]);
+    const rig::FileDescriptor answer(ends[1]);
+    std::vector<std::string> command{copyOf(SKAVLO_CAST_PEER), "look", node,
+                                     std::to_string(answer.get())};
+    for (const PixelPoint& place : places) {
+        command.push_back(std::to_string(place.x) + "," + std::to_string(place.y));
+    }
+    auto process = session_->start(command, answer.get());
+    if (!process) return process.error();
+    return Viewer(std::move(*process), std::move(lines));
+}
+
+std::optional<std::string> CastSession::Viewer::nextLine(const rig::Deadline& deadline) {
+    char character = 0;
+    while (rig::waitReadable({lines_.get()}, deadline)) {
+        if (read(lines_.get(), &character, 1) != 1) return std::nullopt;
+        if (character == '\n') return std::exchange(begun_, {});
+        begun_ += character;
+    }
+    return std::nullopt;
 }
 
 }  // namespace skavlo

@@ -19,6 +19,9 @@ class Mutter : public WaylandRig {
     // What the overlay's window shows there; 0: nothing.
     [[nodiscard]] std::uint32_t windowPixel(PixelPoint place) const;
 
+    // Of XWayland, once the overlay runs.
+    rig::Display& display() { return *display_; }
+
   private:
     std::string authorityFile_;
     std::string displayName_;

@@ -49,9 +49,10 @@ class SwayUnplug : public Sway {
     }
 
     // The touchscreen's output goes while one rests on it.
-    void unplugUnderAFinger() {
+    void unplugUnderAFinger(const PropertyDictionary& settings = kWithoutTrail) {
         ASSERT_NO_FATAL_FAILURE(startNested("WL-2"));
         if (IsSkipped()) return;
+        writeSettings(settings);
         ASSERT_NO_FATAL_FAILURE(startOverlay());
         ASSERT_NO_FATAL_FAILURE(plug());
         touchAt(0.25, 0.5);
@@ -83,6 +84,30 @@ TEST_F(SwayUnplug, AFingerThatIsDownLeavesNothingBehind) {
     lift();
     captureUntil(isClean, "the background alone", "WL-1");
     ASSERT_NO_FATAL_FAILURE(expectMarker(0.25, 0.5, kOnFirst, kMarkerWidth, "WL-1"));
+}
+
+// A marker at its place of the output that is gone would lie under no finger, which another one
+// that comes to it shows: every event tells of all contacts. It has one again when it moves.
+TEST_F(SwayUnplug, AFingerThatRestsHasNoMarkerOnTheNextOutputUntilItMoves) {
+    ASSERT_NO_FATAL_FAILURE(unplugUnderAFinger());
+    if (IsSkipped()) return;
+    touchAt(0.75, 0.5, 1);
+    captureUntil(markerAt({960, 360}, kMarkerWidth), "the other finger's marker alone", "WL-1");
+    lift(1);
+    captureUntil(isClean, "the background alone", "WL-1");
+    moveTo(0.26, 0.5);
+    captureUntil(markerAt({332.8, 360}, kMarkerWidth), "the marker under the finger", "WL-1");
+    lift();
+    captureUntil(isClean, "the background alone", "WL-1");
+}
+
+// It would for longer than anybody waits here.
+TEST_F(SwayUnplug, NoMarkerFadesOnTheNextOutput) {
+    ASSERT_NO_FATAL_FAILURE(
+        unplugUnderAFinger({{"colorTracking", false}, {"colorAnimDuration", 600.0}}));
+    if (IsSkipped()) return;
+    touchAt(0.75, 0.5, 1);
+    captureUntil(markerAt({960, 360}, kMarkerWidth), "the other finger's marker alone", "WL-1");
 }
 
 // It says nothing between the output's end and its own.

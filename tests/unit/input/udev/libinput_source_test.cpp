@@ -289,9 +289,74 @@ TEST_F(LibinputTest, OutputOfUdevIsWhereTheDeviceLies) {
     selector->layoutChanged();
     screen.move(0, 500, 260);
     screen.sync();
-    ASSERT_TRUE(waitForEvents(2));
+    ASSERT_TRUE(waitFor([&] { return log.events.size() > 1 && log.touching() == 1; }));
     expectAt(log.last().children.at(0), 500, 520);
 }
+
+// What happens to the outputs while a finger rests on the touchscreen of the second one, which is
+// the main one.
+struct RestCase {
+    const char* name;
+    void (*change)(OutputLayout& layout);
+    bool stays;
+};
+void PrintTo(const RestCase& rest, std::ostream* out) {
+    *out << rest.name;
+}
+
+class RestingFinger : public LibinputTest, public ::testing::WithParamInterface<RestCase> {};
+
+TEST_P(RestingFinger, EndsWhenItsPlaceIsAnotherOneAndBeginsAnewWhenItMoves) {
+    layout.outputs = {{.name = "HDMI-1", .rect = {0, 0, 1000, 1000}},
+                      {.name = "DP-1", .rect = {1000, 0, 1000, 1000}}};
+    layout.main = 1;
+    MockDescription description = touchscreen(1);
+    description.properties.push_back("WL_OUTPUT=DP-1");
+    MockDevice screen(bed, description);
+    open();
+    screen.down(0, 500, 250);
+    screen.sync();
+    ASSERT_TRUE(waitForEvents(1));
+    GetParam().change(layout);
+    selector->layoutChanged();
+    EXPECT_EQ(log.touching(), GetParam().stays ? 1U : 0U);
+    EXPECT_EQ(log.events.size(), GetParam().stays ? 1U : 2U);
+    screen.move(0, 500, 260);
+    screen.sync();
+    ASSERT_TRUE(waitFor([&] { return log.events.size() > 1 && log.touching() == 1; }));
+    EXPECT_THAT(log.last().children, SizeIs(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    While, RestingFinger,
+    ::testing::Values(
+        RestCase{"nothingChanges", [](OutputLayout&) {}, true},
+        RestCase{"theOtherOutputGoes",
+                 [](OutputLayout& layout) {
+                     layout.outputs.erase(layout.outputs.begin());
+                     layout.main = 0;
+                 },
+                 true},
+        RestCase{
+            "bothOutputsChangePlaces",
+            [](OutputLayout& layout) { std::swap(layout.outputs[0].rect, layout.outputs[1].rect); },
+            true},
+        RestCase{"itsOutputGoes",
+                 [](OutputLayout& layout) {
+                     layout.outputs.pop_back();
+                     layout.outputs[0].rect.width = 2000;
+                     layout.main = 0;
+                 },
+                 false},
+        RestCase{"allOutputsGo", [](OutputLayout& layout) { layout.outputs.clear(); }, false},
+        RestCase{"itsOutputTurns",
+                 [](OutputLayout& layout) { layout.outputs[1].rotation = Rotation::left; }, false},
+        RestCase{"itsOutputGetsSmaller",
+                 [](OutputLayout& layout) { layout.outputs[1].rect.width = 800; }, false},
+        RestCase{"anotherOutputBecomesTheMainOne", [](OutputLayout& layout) { layout.main = 0; },
+                 false},
+        RestCase{"theScaleGrows", [](OutputLayout& layout) { layout.scale = 2; }, false}),
+    [](const auto& suite) { return std::string(suite.param.name); });
 
 TEST_F(LibinputTest, OtherDevicesAreNeverOpened) {
     MockDevice keys(bed, keyboard(1));
@@ -351,9 +416,10 @@ TEST_F(LibinputSourceTest, PlacementOfTheXServerIsTaken) {
     expectAt(log.last().children.at(0), 0.75 * kWidth, 0.5 * kHeight);
     answer.reset();  // back to what udev says
     source->placementsChanged();
+    EXPECT_EQ(log.touching(), 0U) << "the finger rests";
     screen.move(0, 500, 260);
     screen.sync();
-    ASSERT_TRUE(waitForEvents(2));
+    ASSERT_TRUE(waitForEvents(3));
     expectAt(log.last().children.at(0), 0.5 * kWidth, 0.5 * 0.52 * kHeight);
 }
 

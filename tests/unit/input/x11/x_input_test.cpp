@@ -107,6 +107,19 @@ TEST_F(XTouchTest, EveryEventComesOnceAndAtItsPlace) {
     EXPECT_THAT(log.events, SizeIs(3));
 }
 
+TEST_F(XTouchTest, AFingerThatRestsEndsWhenItsPlaceIsAnotherOneAndBeginsAnewWhenItMoves) {
+    server->touchBegin(1, kAxisSteps / 4, kAxisSteps / 2);
+    ASSERT_TRUE(waitForEvents(1));
+    selector->layoutChanged();
+    EXPECT_EQ(log.touching(), 1U) << "nothing has changed";
+    layout.scale = 2;
+    selector->layoutChanged();
+    EXPECT_EQ(log.touching(), 0U);
+    server->touchUpdate(1, kAxisSteps / 2, kAxisSteps / 2);
+    ASSERT_TRUE(waitFor([&] { return log.touching() == 1; }));
+    expectAt(log.last().children.at(0), XServer::kWidth / 4.0, XServer::kHeight / 4.0);
+}
+
 TEST_F(XTouchTest, TenFingersAtOnce) {
     for (std::uint32_t id = 1; id <= 10; ++id) server->touchBegin(id, 1000.0 * id, 30000);
     ASSERT_TRUE(waitFor([&] { return log.touching() == 10; }));
@@ -211,6 +224,17 @@ TEST_F(XPointerTest, HeldButtonIsAFinger) {
     ASSERT_TRUE(waitFor([&] { return log.ended() == 1; }));
     EXPECT_EQ(log.last().touch, 0);
     expectAt(log.last().children.at(0), 300, 400);
+}
+
+TEST_F(XPointerTest, AButtonThatIsHeldIsWhereThePointerIsAfterAChangeOfTheScreens) {
+    server->moveMouse(100, 200);
+    server->button(1, true);
+    ASSERT_TRUE(waitForEvents(1));
+    layout.scale = 2;
+    selector->layoutChanged();
+    ASSERT_TRUE(waitForEvents(2));
+    EXPECT_EQ(log.touching(), 1U);
+    expectAt(log.last().children.at(0), 50, 100);
 }
 
 TEST_F(XPointerTest, ClickIsShownAndLifted) {
