@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <tuple>
 
 namespace skavlo {
@@ -24,7 +25,7 @@ std::span<const PixelRect> ScenePainter::paint(const MarkerScene& scene, const F
         size_ = frame.size;
         history_.reset(size_);
         shown_.clear();
-        trail_.clear();
+        trail_.reset();
     }
     collect(scene, scale, time);
     Changes changes = this->changes();
@@ -41,7 +42,7 @@ std::span<const PixelRect> ScenePainter::paint(const MarkerScene& scene, const F
     const TileMask& damage = history_.push(changes.all, frame.age);
     rects_ = damage.rects();
     const RenderTarget target{frame.pixels, frame.stride, frame.size};
-    draw({target, damage, Items::markers, trail_.empty() ? nullptr : trail_.data()});
+    draw({target, damage, Items::markers, trail_.get()});
     TileMask mixed = copiesAboveMarkers();
     mixed.keep(damage);
     if (!mixed.empty()) draw({target, mixed, Items::all});
@@ -134,8 +135,13 @@ bool ScenePainter::underAnotherCopy(std::size_t copy) const {
 // Copies that came on top are drawn above what is there, unless it is drawn again anyway.
 void ScenePainter::updateTrail(Changes& changes) {
     if (changes.copies.empty() && changes.copiesOnTop.empty()) return;
-    trail_.resize(static_cast<std::size_t>(size_.width) * static_cast<std::size_t>(size_.height));
-    const RenderTarget target{trail_.data(), size_.width, size_};
+    if (!trail_) {
+        const auto pixels =
+            static_cast<std::size_t>(size_.width) * static_cast<std::size_t>(size_.height);
+        trail_.reset(static_cast<std::uint32_t*>(std::calloc(pixels, sizeof(std::uint32_t))));
+        if (!trail_) throw std::bad_alloc();
+    }
+    const RenderTarget target{trail_.get(), size_.width, size_};
     for (const std::size_t index : changes.copiesOnTop) {
         const Item& copy = shown_[index];
         if (changes.copies.touchesAny(copy.bounds)) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <span>
 #include <variant>
 #include <vector>
@@ -65,9 +67,13 @@ class ScenePainter {
     double pixelsPerPoint_ = 1;
     std::uint64_t heartbeats_ = 0;
     std::vector<Style> styles_;
-    std::vector<Item> items_;           // being collected for the next frame, in drawing order
-    std::vector<Item> shown_;           // of the last frame
-    std::vector<std::uint32_t> trail_;  // the trail layer, once there was a copy
+    std::vector<Item> items_;  // being collected for the next frame, in drawing order
+    std::vector<Item> shown_;  // of the last frame
+    struct Free {
+        void operator()(std::uint32_t* pixels) const { std::free(pixels); }
+    };
+    // The trail layer, once there was a copy. Pages that never had one take no memory.
+    std::unique_ptr<std::uint32_t, Free> trail_;
     std::vector<Instance> batch_;
     std::vector<PixelRect> rects_;  // of the last frame's damage
 };

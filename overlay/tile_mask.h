@@ -53,7 +53,8 @@ class DamageHistory {
     const TileMask& push(const TileMask& changed, int age);
 
   private:
-    static constexpr std::size_t kRemembered = 4;
+    // A second buffer may be wanted only now and then.
+    static constexpr std::size_t kRemembered = 16;
     PixelSize frame_;
     std::vector<TileMask> recent_;  // newest first
     TileMask result_;
