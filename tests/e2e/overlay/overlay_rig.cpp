@@ -109,6 +109,15 @@ void OverlayRig::startCompositor() {
     compositor_ = std::move(*compositor);
 }
 
+void OverlayRig::setFontResolution(int dotsPerInch) {
+    const std::string resources =
+        "Xcursor.size:\t24\nXft.dpi:\t" + std::to_string(dotsPerInch) + '\n';
+    xcb_change_property(display().get(), XCB_PROP_MODE_REPLACE, display().root(),
+                        XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 8,
+                        static_cast<std::uint32_t>(resources.size()), resources.data());
+    ASSERT_TRUE(display().sync());
+}
+
 void OverlayRig::startOverlay() {
     ASSERT_NO_FATAL_FAILURE(launchOverlay());
     captureUntil(isClean, "the background alone, at the start");

@@ -53,6 +53,8 @@ class OverlayRig : public OverlayFiles {
     // Starts what is asked for; a fatal failure when something does not come up.
     void startServer(const rig::XServerOptions& options = {.sizes = {kScreen}});
     void startCompositor();
+    // As desktops tell programs of a dense screen.
+    void setFontResolution(int dotsPerInch);
     void startOverlay();
     // The overlay alone, whatever else is on the screen.
     void launchOverlay();

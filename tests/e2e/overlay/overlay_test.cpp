@@ -418,11 +418,7 @@ TEST_F(Overlay, FollowsTheScreensSize) {
 
 TEST_F(Overlay, TakesItsScaleFromTheFontResolution) {
     ASSERT_NO_FATAL_FAILURE(startServer());
-    constexpr char kResources[] = "Xcursor.size:\t24\nXft.dpi:\t192\n";
-    xcb_change_property(display().get(), XCB_PROP_MODE_REPLACE, display().root(),
-                        XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 8, sizeof kResources - 1,
-                        kResources);
-    ASSERT_TRUE(display().sync());
+    ASSERT_NO_FATAL_FAILURE(setFontResolution(192));
     writeSettings(kPlain);
     ASSERT_NO_FATAL_FAILURE(startCompositor());
     ASSERT_NO_FATAL_FAILURE(startOverlay());

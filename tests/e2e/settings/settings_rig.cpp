@@ -46,6 +46,11 @@ void SettingsRig::open() {
 void SettingsRig::open(const std::string& executable, const std::vector<std::string>& environment) {
     ASSERT_NO_FATAL_FAILURE(startServer({.sizes = {kDesktop}}));
     ASSERT_NO_FATAL_FAILURE(startCompositor());
+    launch(executable, environment);
+}
+
+void SettingsRig::launch(const std::string& executable,
+                         const std::vector<std::string>& environment) {
     auto application =
         rig::SettingsApplication::start(*server_, display(), executable, environment);
     ASSERT_TRUE(application) << application.error().message;

@@ -25,6 +25,8 @@ class SettingsRig : public OverlayRig {
     void open();
     // With a copy of the program in another directory, for example, or with variables over the own.
     void open(const std::string& executable, const std::vector<std::string>& environment = {});
+    // On a server and a compositor that run already.
+    void launch(const std::string& executable, const std::vector<std::string>& environment = {});
     // Ends the application as closing its window does.
     void close();
 
