@@ -9,6 +9,7 @@
 #include <QDBusPendingReply>
 #include <QDesktopServices>
 #include <QStringList>
+#include <QTimer>
 #include <QUrl>
 #include <utility>
 
@@ -62,11 +63,12 @@ namespace skavlo {
 namespace {
 
 // A desktop that has not even said that it will ask by then does not.
-constexpr int kReplyTimeoutMilliseconds = 3000;
+constexpr int kPatienceMilliseconds = 3000;
+constexpr auto kPortal = "org.freedesktop.portal.Desktop";
 constexpr auto kRequestInterface = "org.freedesktop.portal.Request";
 
 QDBusMessage portalCall(const char* interface, const char* method) {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Desktop"),
+    return QDBusMessage::createMethodCall(QLatin1String(kPortal),
                                           QStringLiteral("/org/freedesktop/portal/desktop"),
                                           QLatin1String(interface), QLatin1String(method));
 }
@@ -113,14 +115,25 @@ void ImageFileRequest::send(const QString& parentWindow, const QString& title,
          << QVariantMap{{QStringLiteral("handle_token"), token},
                         {QStringLiteral("multiple"), false},
                         {QStringLiteral("filters"), QVariant::fromValue(QList{images})}};
-    auto* watcher = new QDBusPendingCallWatcher(
-        QDBusConnection::sessionBus().asyncCall(call, kReplyTimeoutMilliseconds), this);
+    auto* watcher =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         const QDBusPendingReply<QDBusObjectPath> reply = *watcher;
         if (reply.isError()) return finish(std::nullopt);
+        if (!answer_) return close(reply.value().path());
         // Portals of old choose a path of their own.
         if (reply.value().path() != path_) listenAt(reply.value().path());
+        asks_ = true;
     });
+    QTimer::singleShot(kPatienceMilliseconds, this, [this] {
+        if (!asks_) answerWith(std::nullopt);
+    });
+}
+
+void ImageFileRequest::close(const QString& path) {
+    QDBusConnection::sessionBus().send(QDBusMessage::createMethodCall(
+        QLatin1String(kPortal), path, QLatin1String(kRequestInterface), QStringLiteral("Close")));
+    deleteLater();
 }
 
 bool ImageFileRequest::listenAt(const QString& path) {
@@ -138,15 +151,19 @@ void ImageFileRequest::response(uint status, const QVariantMap& results) {
 }
 
 void ImageFileRequest::finish(const std::optional<QString>& path) {
-    if (const Answer answer = std::exchange(answer_, nullptr)) answer(path);
+    answerWith(path);
     deleteLater();
+}
+
+void ImageFileRequest::answerWith(const std::optional<QString>& path) {
+    if (const Answer answer = std::exchange(answer_, nullptr)) answer(path);
 }
 
 void openLink(const QString& parentWindow, const QString& address) {
     QDBusMessage call = portalCall("org.freedesktop.portal.OpenURI", "OpenURI");
     call << parentWindow << address << QVariantMap();
     auto* watcher = new QDBusPendingCallWatcher(
-        QDBusConnection::sessionBus().asyncCall(call, kReplyTimeoutMilliseconds));
+        QDBusConnection::sessionBus().asyncCall(call, kPatienceMilliseconds));
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, address] {
         if (watcher->isError()) QDesktopServices::openUrl(QUrl(address));
         watcher->deleteLater();

@@ -10,6 +10,7 @@
 namespace skavlo {
 
 // One question to the desktop that asks the user for an image file. Deletes itself once answered.
+// A portal that begins to ask too late is told that nobody waits any more.
 class ImageFileRequest : public QObject {
     Q_OBJECT
 
@@ -28,10 +29,13 @@ class ImageFileRequest : public QObject {
     explicit ImageFileRequest(Answer answer);
     void send(const QString& parentWindow, const QString& title, const QString& filterName);
     bool listenAt(const QString& path);
+    void close(const QString& path);
     void finish(const std::optional<QString>& path);
+    void answerWith(const std::optional<QString>& path);
 
-    Answer answer_;
+    Answer answer_;  // null once given
     QString path_;
+    bool asks_ = false;
 };
 
 // Opens a web address with the desktop's program for it.

@@ -31,12 +31,23 @@ QDBusObjectPath FakeChooser::OpenFile(const QString& /*parent*/, const QString& 
     sender.replace(u'.', u'_');
     const QString path = kObject + QStringLiteral("/request/") + sender + u'/' +
                          options.value(QStringLiteral("handle_token")).toString();
+    if (slow) {
+        QDBusConnection(QStringLiteral("portal"))
+            .registerObject(path, &requestObject_, QDBusConnection::ExportAdaptors);
+        call.setDelayedReply(true);
+        waiting_ = call.createReply(QVariant::fromValue(QDBusObjectPath(path)));
+        return {};
+    }
     QDBusMessage response = QDBusMessage::createSignal(
         path, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
     response << status << QVariantMap{{QStringLiteral("uris"), uris}};
     // Before the call returns, which a quick portal may do.
     QDBusConnection(QStringLiteral("portal")).send(response);
     return QDBusObjectPath(path);
+}
+
+void FakeChooser::beginToAsk() {
+    QDBusConnection(QStringLiteral("portal")).send(waiting_);
 }
 
 QDBusVariant FakeSettings::Read(const QString& /*space*/, const QString& /*key*/) {

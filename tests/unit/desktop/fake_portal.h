@@ -23,6 +23,18 @@ class PrivateBus {
     QProcess daemon_;
 };
 
+class FakeRequest : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Request")
+
+  public:
+    explicit FakeRequest(QObject* parent) : QDBusAbstractAdaptor(parent) {}
+    bool closed = false;
+
+  public slots:
+    void Close() { closed = true; }
+};
+
 class FakeChooser : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.FileChooser")
@@ -31,12 +43,21 @@ class FakeChooser : public QDBusAbstractAdaptor {
     explicit FakeChooser(QObject* parent) : QDBusAbstractAdaptor(parent) {}
     uint status = 0;
     QStringList uris;
+    bool slow = false;  // begins to ask when it is told to
     QString title;
     QVariantMap options;
+
+    void beginToAsk();
+    [[nodiscard]] bool isClosed() const { return request_->closed; }
 
   public slots:
     QDBusObjectPath OpenFile(const QString& parent, const QString& itsTitle,
                              const QVariantMap& itsOptions, const QDBusMessage& call);
+
+  private:
+    QObject requestObject_;
+    FakeRequest* request_ = new FakeRequest(&requestObject_);
+    QDBusMessage waiting_;
 };
 
 // Read wraps its answer twice, as the real one does.

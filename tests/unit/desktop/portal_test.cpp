@@ -62,6 +62,18 @@ TEST_F(DesktopPortal, DesktopWithoutAPortalSaysSo) {
     EXPECT_EQ(answers, 1);
 }
 
+TEST_F(DesktopPortal, OneThatBeginsToAskTooLateIsToldThatNobodyWaits) {
+    FakePortal portal;
+    portal.chooser->slow = true;
+    ask();
+    ASSERT_TRUE(isAnswered());
+    EXPECT_FALSE(answer.has_value());
+    EXPECT_FALSE(portal.chooser->isClosed());
+    portal.chooser->beginToAsk();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return portal.chooser->isClosed(); }, kDeadlineMilliseconds));
+    EXPECT_EQ(answers, 1);
+}
+
 TEST_F(DesktopPortal, LinksAreOpenedByIt) {
     const FakePortal portal;
     openLink({}, "https://skavlo.example/a?b=c");
