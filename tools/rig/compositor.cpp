@@ -25,6 +25,12 @@ void selectOwnerEvents(const Display& display, xcb_atom_t selection) {
 }  // namespace
 
 Result<Compositor> Compositor::start(const XServer& server) {
+    // An empty configuration instead of the user's: no shadows, no fading, nothing moves by itself.
+    return start(server, {"picom", "--backend", "xrender", "--config", "/dev/null"});
+}
+
+Result<Compositor> Compositor::start(const XServer& server, const std::vector<std::string>& command,
+                                     const std::vector<std::string>& variables) {
     auto display = server.connect();
     if (!display) {
         return display.error();
@@ -32,11 +38,9 @@ Result<Compositor> Compositor::start(const XServer& server) {
     const xcb_atom_t selection = display->atom("_NET_WM_CM_S0");
     selectOwnerEvents(*display, selection);
     const FileDescriptor silent(open("/dev/null", O_WRONLY | O_CLOEXEC));
-    // An empty configuration instead of the user's: no shadows, no fading, nothing moves by itself.
-    auto process = Child::start({{"picom", "--backend", "xrender", "--config", "/dev/null"},
-                                 server.environment(),
-                                 {},
-                                 silent.get()});
+    auto environment = server.environment();
+    environment.insert(environment.end(), variables.begin(), variables.end());
+    auto process = Child::start({command, environment, {}, silent.get()});
     if (!process) {
         return process.error();
     }

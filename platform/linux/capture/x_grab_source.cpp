@@ -108,6 +108,11 @@ Result<bool> XGrabSource::enable() {
         xcb_record_enable_context_reply(data_.get(), enabled, nullptr));
     if (!begun) return Error{"the X server refuses to record"};
     sequence_ = enabled.sequence;
+    answers_ =
+        std::make_unique<XcbWatch>(runLoop_.context(), control_.get(),
+                                   XcbWatch::Handlers{.event = [](const xcb_generic_event_t&) {},
+                                                      .drained = [this] { takeAnswers(); },
+                                                      .lost = {}});
     listen();
     // Records that came along with the first reply wake nobody.
     runLoop_.async([this, alive = std::weak_ptr(alive_)] {
@@ -144,10 +149,12 @@ void XGrabSource::read() {
         if (!record) return lost();
         handle(*record);
     }
-    if (xcb_connection_has_error(data_.get()) != 0) lost();
+    if (xcb_connection_has_error(data_.get()) != 0) return lost();
+    if (!reads_.empty()) answers_->flush();
 }
 
 void XGrabSource::lost() {
+    reads_.clear();
     watch_.reset();
     restTimer_.reset();
     timer_.reset();
@@ -175,9 +182,28 @@ void XGrabSource::handleRequest(const xcb_record_enable_context_reply_t& record,
     const bool swapped = record.client_swapped != 0;
     if (isOwn(record.xid_base, request, swapped)) return;
     const PixelSize size{read16(request + kWidthAt, swapped), read16(request + kHeightAt, swapped)};
-    const PixelSize screen = options_.screenSize();
-    if (GrabRate::isLarge(size, screen)) largeSeen_ = true;
-    if (rate_.grabbed(record.xid_base, time, size, screen)) hold();
+    if (!GrabRate::isLarge(size, options_.screenSize())) return;
+    largeSeen_ = true;
+    const std::uint32_t drawable = read32(request + kDrawableAt, swapped);
+    reads_.push_back(
+        {xcb_get_window_attributes(control_.get(), drawable), record.xid_base, time, size});
+}
+
+// What is no window is a picture aside: compositing managers that draw without an accelerator read
+// the windows' pixmaps, even on another connection than made them.
+void XGrabSource::takeAnswers() {
+    while (!reads_.empty()) {
+        const Read read = reads_.front();
+        void* reply = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        if (xcb_poll_for_reply(control_.get(), read.question.sequence, &reply, &error) == 0) return;
+        reads_.pop_front();
+        const XcbReply<xcb_generic_error_t> ownedError(error);
+        const XcbReply<xcb_get_window_attributes_reply_t> isWindow(
+            static_cast<xcb_get_window_attributes_reply_t*>(reply));
+        if (isWindow && rate_.grabbed(read.client, read.time, read.size, options_.screenSize()))
+            hold();
+    }
 }
 
 // A client that reads back what it has itself drawn aside does not look at the screen.

@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <memory>
 
@@ -10,6 +11,7 @@
 #include "platform/linux/capture/grab_rate.h"
 #include "platform/linux/loop/asio_run_loop.h"
 #include "platform/linux/loop/descriptor_watch.h"
+#include "platform/linux/loop/xcb_watch.h"
 #include "platform/linux/xcb_reply.h"
 #include "platform/result.h"
 
@@ -40,8 +42,16 @@ class XGrabSource final : public CaptureSource {
     };
     using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
+    // A read that counts if what was read is a window.
+    struct Read {
+        xcb_get_window_attributes_cookie_t question;
+        std::uint32_t client;
+        std::uint32_t time;
+        PixelSize size;
+    };
+
     // Records arrive on a connection that can do nothing else meanwhile; the other one made the
-    // context and keeps it alive.
+    // context, keeps it alive and asks what the drawables are.
     XGrabSource(AsioRunLoop& runLoop, XGrabOptions options, Connection control, Connection data);
     Result<bool> enable();
     void listen();
@@ -52,6 +62,7 @@ class XGrabSource final : public CaptureSource {
     void handle(const xcb_record_enable_context_reply_t& record);
     void handleRequest(const xcb_record_enable_context_reply_t& record, std::uint32_t time,
                        const std::uint8_t* request);
+    void takeAnswers();
     [[nodiscard]] bool isOwn(std::uint32_t client, const std::uint8_t* request, bool swapped) const;
     void hold();
     void check();
@@ -63,11 +74,13 @@ class XGrabSource final : public CaptureSource {
     unsigned sequence_ = 0;  // of the request whose replies are the records
     std::uint8_t shmOpcode_ = 0;
     GrabRate rate_;
+    std::deque<Read> reads_;
     bool largeSeen_ = false;
     std::chrono::steady_clock::time_point heldUntil_;
     std::unique_ptr<Timer> timer_;
     std::unique_ptr<Timer> restTimer_;
     std::unique_ptr<DescriptorWatch> watch_;
+    std::unique_ptr<XcbWatch> answers_;
     std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
 

@@ -52,6 +52,13 @@ class XGrabs : public LoopFixture {
     void grab(int times, PixelSize size = kScreen) {
         for (int i = 0; i < times; ++i) grab(*display, display->root(), size);
     }
+    xcb_pixmap_t makePixmap() {
+        const xcb_pixmap_t pixmap = xcb_generate_id(display->get());
+        xcb_create_pixmap(display->get(), display->screen().root_depth, pixmap, display->root(),
+                          kScreen.width, kScreen.height);
+        EXPECT_TRUE(display->sync());
+        return pixmap;
+    }
     // ffmpeg, for as many pictures, or until it is killed.
     rig::Child record(const std::vector<std::string>& input,
                       const std::vector<std::string>& output) {
@@ -68,9 +75,13 @@ class XGrabs : public LoopFixture {
     bool waitFor(bool captures) {
         return runUntil([&] { return source->captures() == captures; });
     }
-    // What another client's recording makes known was after everything so far, and a change is
-    // counted for each of both.
+    // Nor was the source asleep: another client's recording is seen.
     void expectNothingSoFar() {
+        constexpr double kLongEnough = 0.3;  // seconds to look at what was read so far
+        bool over = false;
+        const auto timer = loop.scheduledTimer(kLongEnough, false, [&] { over = true; });
+        ASSERT_TRUE(runUntil([&] { return over; }));
+        EXPECT_EQ(changes, 0);
         auto other = server->connect();
         ASSERT_TRUE(other) << other.error().message;
         for (int i = 0; i < 3; ++i) grab(*other, other->root(), kScreen);
@@ -128,11 +139,32 @@ TEST_F(XGrabs, SmallPartsDoNotCount) {
 
 TEST_F(XGrabs, WhatAClientHasDrawnAsideItMayReadBack) {
     ASSERT_NO_FATAL_FAILURE(start());
-    const xcb_pixmap_t pixmap = xcb_generate_id(display->get());
-    xcb_create_pixmap(display->get(), display->screen().root_depth, pixmap, display->root(),
-                      kScreen.width, kScreen.height);
+    const xcb_pixmap_t pixmap = makePixmap();
     for (int i = 0; i < 10; ++i) grab(*display, pixmap, kScreen);
     expectNothingSoFar();
+}
+
+TEST_F(XGrabs, WhatAClientHasDrawnAsideItsOtherConnectionMayReadToo) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    const xcb_pixmap_t pixmap = makePixmap();
+    auto other = server->connect();
+    ASSERT_TRUE(other) << other.error().message;
+    for (int i = 0; i < 10; ++i) grab(*other, pixmap, kScreen);
+    expectNothingSoFar();
+}
+
+TEST_F(XGrabs, AnotherClientsWindowCounts) {
+    ASSERT_NO_FATAL_FAILURE(start());
+    const xcb_window_t window = xcb_generate_id(display->get());
+    xcb_create_window(display->get(), XCB_COPY_FROM_PARENT, window, display->root(), 0, 0,
+                      kScreen.width, kScreen.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(display->get(), window);
+    ASSERT_TRUE(display->sync());
+    auto other = server->connect();
+    ASSERT_TRUE(other) << other.error().message;
+    for (int i = 0; i < 3; ++i) grab(*other, window, kScreen);
+    EXPECT_TRUE(waitFor(true));
 }
 
 TEST_F(XGrabs, ACapturingServersEndEndsIt) {
