@@ -1,6 +1,7 @@
 #include "ui/shell/settings_window.h"
 
 #include <QFontDatabase>
+#include <QIcon>
 #include <QKeyEvent>
 #include <utility>
 
@@ -59,6 +60,10 @@ SettingsWindow::SettingsWindow(SettingsScreen& screen, ApplicationNotifications&
     resize(kDefaultSize);
     setInitialProperties({{QStringLiteral("screen"), QVariant::fromValue(&screen)}});
     setSource(QUrl(QStringLiteral("qrc:/qt/qml/Skavlo/Main.qml")));
+    // Behind the first frame, which need not wait for what window managers and docks show.
+    connect(
+        this, &QQuickWindow::frameSwapped, this, [this] { setIcon(QIcon(screen_.iconPath())); },
+        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
 }
 
 bool SettingsWindow::event(QEvent* event) {

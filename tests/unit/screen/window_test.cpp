@@ -51,6 +51,11 @@ TEST_F(ScreenWindow, ImportShowsActivity) {
     EXPECT_FALSE(find("importing")->isVisible());
 }
 
+TEST_F(ScreenWindow, HasTheApplicationsIcon) {
+    open();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window->icon().availableSizes().isEmpty(); }));
+}
+
 TEST_F(ScreenWindow, IsNeverNarrowerThanThreeHundredAndTwenty) {
     open();
     EXPECT_EQ(window->minimumWidth(), 320);
