@@ -3,6 +3,7 @@
 #include <QFontDatabase>
 #include <QIcon>
 #include <QKeyEvent>
+#include <QScreen>
 #include <utility>
 
 // Made by CMake: a static module's types are unknown until this is called.
@@ -11,8 +12,9 @@ void qml_register_types_Skavlo();
 namespace skavlo {
 namespace {
 
-constexpr QSize kDefaultSize(390, 844);
+constexpr QSize kPhone(390, 844);
 constexpr QSize kMinimumSize(320, 320);
+constexpr int kFrameHeight = 48;  // of a title bar, and some air
 
 bool movesFocus(const QEvent& event) {
     if (event.type() != QEvent::KeyPress) return false;
@@ -51,13 +53,18 @@ QStringList fontFamilies() {
     return families;
 }
 
+QSize defaultWindowSize(QSize available) {
+    return kPhone.boundedTo(available - QSize(0, kFrameHeight)).expandedTo(kMinimumSize);
+}
+
 SettingsWindow::SettingsWindow(SettingsScreen& screen, ApplicationNotifications& application)
     : screen_(screen), application_(application) {
     qml_register_types_Skavlo();
     setTitle(QStringLiteral("Skavlo"));
     setResizeMode(QQuickView::SizeRootObjectToView);
     setMinimumSize(kMinimumSize);
-    resize(kDefaultSize);
+    const QScreen* display = QQuickView::screen();
+    resize(display ? defaultWindowSize(display->availableSize()) : kPhone);
     setInitialProperties({{QStringLiteral("screen"), QVariant::fromValue(&screen)}});
     setSource(QUrl(QStringLiteral("qrc:/qt/qml/Skavlo/Main.qml")));
     // Behind the first frame, which need not wait for what window managers and docks show.

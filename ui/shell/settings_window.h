@@ -11,6 +11,9 @@ namespace skavlo {
 // desktop's own face first would draw emoji without colour.
 QStringList fontFamilies();
 
+// The window's size at first, in points, on a screen with so much room: a phone's where it fits.
+QSize defaultWindowSize(QSize available);
+
 // The application's only window.
 class SettingsWindow : public QQuickView {
     Q_OBJECT

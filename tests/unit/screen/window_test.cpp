@@ -63,11 +63,19 @@ TEST_F(ScreenWindow, IsNeverNarrowerThanThreeHundredAndTwenty) {
 
 TEST_F(ScreenWindow, IsOfAPhonesShapeAtFirstAndAsLargeAsOneWants) {
     open({.width = 0});  // as it comes
-    EXPECT_EQ(window->size(), QSize(390, 844));
-    EXPECT_EQ(window->contentItem()->size(), QSizeF(390, 844));
+    const QSize first = defaultWindowSize(window->screen()->availableSize());
+    EXPECT_EQ(window->size(), first);
+    EXPECT_EQ(window->contentItem()->size(), QSizeF(first));
     EXPECT_GT(window->maximumWidth(), 10'000);
     EXPECT_GT(window->maximumHeight(), 10'000);
     EXPECT_FALSE(window->flags() & Qt::MSWindowsFixedSizeDialogHint);
+}
+
+TEST(DefaultWindowSize, IsAPhonesWhereThatFits) {
+    EXPECT_EQ(defaultWindowSize({1920, 1080}), QSize(390, 844));
+    EXPECT_EQ(defaultWindowSize({1366, 728}), QSize(390, 680));
+    EXPECT_EQ(defaultWindowSize({360, 800}), QSize(360, 752));
+    EXPECT_EQ(defaultWindowSize({240, 320}), QSize(320, 320));
 }
 
 TEST_F(ScreenWindow, FollowsItsSizeWhileItIsOpen) {
