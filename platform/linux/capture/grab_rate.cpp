@@ -15,9 +15,7 @@ bool GrabRate::isLarge(PixelSize grabbed, PixelSize screen) {
     return area(grabbed) * kHundredths >= area(screen) * kLeastShareOfScreen;
 }
 
-bool GrabRate::grabbed(std::uint32_t client, std::uint32_t time, PixelSize grabbed,
-                       PixelSize screen) {
-    if (!isLarge(grabbed, screen)) return false;
+bool GrabRate::grabbed(std::uint32_t client, std::uint32_t time) {
     forget(time);
     std::deque<std::uint32_t>& times = grabs_[client];
     times.push_back(time);

@@ -18,9 +18,9 @@ class GrabRate {
     // Whether a read is large enough to count.
     static bool isLarge(PixelSize grabbed, PixelSize screen);
 
-    // A read of this many pixels by one client, at the server's time in milliseconds, which wraps
-    // around. True when it continues a recording.
-    bool grabbed(std::uint32_t client, std::uint32_t time, PixelSize grabbed, PixelSize screen);
+    // A large read by one client, at the server's time in milliseconds, which wraps around. True
+    // when it continues a recording.
+    bool grabbed(std::uint32_t client, std::uint32_t time);
 
   private:
     void forget(std::uint32_t now);

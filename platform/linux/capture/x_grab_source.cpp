@@ -185,8 +185,7 @@ void XGrabSource::handleRequest(const xcb_record_enable_context_reply_t& record,
     if (!GrabRate::isLarge(size, options_.screenSize())) return;
     largeSeen_ = true;
     const std::uint32_t drawable = read32(request + kDrawableAt, swapped);
-    reads_.push_back(
-        {xcb_get_window_attributes(control_.get(), drawable), record.xid_base, time, size});
+    reads_.push_back({xcb_get_window_attributes(control_.get(), drawable), record.xid_base, time});
 }
 
 // What is no window is a picture aside: compositing managers that draw without an accelerator read
@@ -201,8 +200,7 @@ void XGrabSource::takeAnswers() {
         const XcbReply<xcb_generic_error_t> ownedError(error);
         const XcbReply<xcb_get_window_attributes_reply_t> isWindow(
             static_cast<xcb_get_window_attributes_reply_t*>(reply));
-        if (isWindow && rate_.grabbed(read.client, read.time, read.size, options_.screenSize()))
-            hold();
+        if (isWindow && rate_.grabbed(read.client, read.time)) hold();
     }
 }
 

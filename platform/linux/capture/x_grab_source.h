@@ -42,12 +42,11 @@ class XGrabSource final : public CaptureSource {
     };
     using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
-    // A read that counts if what was read is a window.
+    // A large read, which counts if what was read is a window.
     struct Read {
         xcb_get_window_attributes_cookie_t question;
         std::uint32_t client;
         std::uint32_t time;
-        PixelSize size;
     };
 
     // Records arrive on a connection that can do nothing else meanwhile; the other one made the

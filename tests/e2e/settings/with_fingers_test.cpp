@@ -1,6 +1,4 @@
 // The settings application worked with fingers on a touch screen, as on a phone.
-#include <gmock/gmock.h>
-
 #include "settings/loose_value.h"
 #include "tests/e2e/settings/settings_rig.h"
 
@@ -69,10 +67,7 @@ TEST_F(WithFingers, AFlickThatBeginsOnASwitchScrollsOnAndFlipsNothing) {
     const auto before = settings();
     const Point from = middleOf(item(rig::kSwitchRole, "单指显示").center());
     swipe(from, {from.x, from.y - 120}, 8);
-    const auto heading = [this] {
-        const auto found = application().tree().find("heading", "显示设置");
-        return found ? found->extents.y : 0;
-    };
+    const auto heading = [this] { return item("heading", "显示设置").extents.y; };
     const int lifted = heading();
     EXPECT_TRUE(becomesTrue([&] { return heading() < lifted - 20; })) << "it glides on";
     EXPECT_EQ(settings().at("singleFingerMode"), before.at("singleFingerMode"));

@@ -10,8 +10,8 @@ constexpr std::uint32_t kClient = 0x400000;
 
 class Grabs : public testing::Test {
   protected:
-    bool grab(std::uint32_t time, PixelSize size = kScreen, std::uint32_t client = kClient) {
-        return rate.grabbed(client, time, size, kScreen);
+    bool grab(std::uint32_t time, std::uint32_t client = kClient) {
+        return rate.grabbed(client, time);
     }
     GrabRate rate;
 };
@@ -39,18 +39,14 @@ TEST_F(Grabs, ThreeASecondGoOnCounting) {
     for (std::uint32_t i = 0; i < 30; ++i) EXPECT_EQ(grab(i * 333), i >= 2) << i;
 }
 
-TEST_F(Grabs, SmallOnesDoNotCount) {
-    constexpr PixelSize kJustTooSmall{999, 100};
-    constexpr PixelSize kTenth{1000, 100};
-    for (std::uint32_t i = 0; i < 10; ++i) EXPECT_FALSE(grab(i, kJustTooSmall));
-    EXPECT_FALSE(grab(10, kTenth));
-    EXPECT_FALSE(grab(11, kTenth));
-    EXPECT_TRUE(grab(12, kTenth));
+TEST_F(Grabs, AreLargeFromATenthOfTheScreenOn) {
+    EXPECT_FALSE(GrabRate::isLarge({999, 100}, kScreen));
+    EXPECT_TRUE(GrabRate::isLarge({1000, 100}, kScreen));
+    EXPECT_TRUE(GrabRate::isLarge(kScreen, kScreen));
 }
 
 TEST_F(Grabs, ThoseOfSeveralClientsAreNotAddedUp) {
-    for (std::uint32_t client = 0; client < 10; ++client)
-        EXPECT_FALSE(grab(client, kScreen, client << 21U));
+    for (std::uint32_t client = 0; client < 10; ++client) EXPECT_FALSE(grab(client, client << 21U));
 }
 
 TEST_F(Grabs, TheServersTimeMayWrapAround) {
